@@ -1,0 +1,24 @@
+# The same burst must give the same bytes with every compiler and at every optimisation level. Contracted
+# multiply-adds and fast-math break that, so the first is switched off for the library and everything that tests it,
+# and the second is refused.
+foreach(flags IN ITEMS "${CMAKE_CXX_FLAGS}" "${CMAKE_C_FLAGS}" "${CMAKE_CXX_FLAGS_RELEASE}" "${CMAKE_CXX_FLAGS_DEBUG}"
+        "${CMAKE_CXX_FLAGS_RELWITHDEBINFO}" "${CMAKE_CXX_FLAGS_MINSIZEREL}")
+  if(flags MATCHES "-ffast-math|-Ofast|-funsafe-math-optimizations|-fassociative-math|/fp:fast")
+    message(FATAL_ERROR "Results must not depend on the build: remove fast-math from the compiler flags (${flags}).")
+  endif()
+endforeach()
+
+add_library(orvik_numerics INTERFACE)
+if(MSVC)
+  target_compile_options(orvik_numerics INTERFACE /fp:precise)
+else()
+  target_compile_options(orvik_numerics INTERFACE -ffp-contract=off -fno-fast-math)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "i[3-6]86|x86")
+    target_compile_options(orvik_numerics INTERFACE -msse2 -mfpmath=sse)
+  endif()
+endif()
+
+if(ORVIK_SANITIZE)
+  add_compile_options(-fsanitize=${ORVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${ORVIK_SANITIZE})
+endif()

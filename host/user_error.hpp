@@ -1,0 +1,13 @@
+// An error that the user can mend: the message names the file, variable or option and says what to do.
+#pragma once
+
+#include <stdexcept>
+
+namespace orvik {
+
+class UserError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+} // namespace orvik
