@@ -39,13 +39,15 @@ std::array<Vector3, 3> directionsFromAzimuths(const Instrument &instrument) {
     static const std::vector<double> kEvenlySpaced{0.0, 120.0, 240.0};
     const auto &azimuths = instrument.beamAzimuth.empty() ? kEvenlySpaced : instrument.beamAzimuth;
     if (azimuths.size() != 3) {
-        throw UserError("beam_azimuth must hold three angles in degrees, one for each slanted beam");
+        throw UserError(
+            "beam_azimuth must hold three angles in degrees, one for each slanted beam");
     }
     const double slant = instrument.slantAngle * kRadiansPerDegree;
     std::array<Vector3, 3> directions{};
     for (std::size_t b = 0; b < 3; ++b) {
         const double azimuth = azimuths[b] * kRadiansPerDegree;
-        directions[b] = {std::sin(slant) * std::cos(azimuth), std::sin(slant) * std::sin(azimuth), std::cos(slant)};
+        directions[b] = {std::sin(slant) * std::cos(azimuth), std::sin(slant) * std::sin(azimuth),
+                         std::cos(slant)};
     }
     return directions;
 }
@@ -55,8 +57,8 @@ std::array<Vector3, 3> directionsFromAzimuths(const Instrument &instrument) {
 Vector3 product(const Matrix3 &matrix, const Vector3 &vector) {
     Vector3 result{};
     for (std::size_t row = 0; row < 3; ++row) {
-        result[row] =
-            matrix[3 * row] * vector[0] + matrix[3 * row + 1] * vector[1] + matrix[3 * row + 2] * vector[2];
+        result[row] = matrix[3 * row] * vector[0] + matrix[3 * row + 1] * vector[1] +
+                      matrix[3 * row + 2] * vector[2];
     }
     return result;
 }
@@ -76,12 +78,14 @@ Matrix3 product(const Matrix3 &left, const Matrix3 &right) {
 bool invert(const Matrix3 &m, Matrix3 &inverse) {
     const double volume = determinant(m);
     // Written so that a NaN counts as singular too.
-    if (!(std::abs(volume) > kSmallestVolume * rowLength(m, 0) * rowLength(m, 1) * rowLength(m, 2))) {
+    if (!(std::abs(volume) >
+          kSmallestVolume * rowLength(m, 0) * rowLength(m, 1) * rowLength(m, 2))) {
         return false;
     }
-    const Matrix3 adjugate{m[4] * m[8] - m[5] * m[7], m[2] * m[7] - m[1] * m[8], m[1] * m[5] - m[2] * m[4],
-                           m[5] * m[6] - m[3] * m[8], m[0] * m[8] - m[2] * m[6], m[2] * m[3] - m[0] * m[5],
-                           m[3] * m[7] - m[4] * m[6], m[1] * m[6] - m[0] * m[7], m[0] * m[4] - m[1] * m[3]};
+    const Matrix3 adjugate{
+        m[4] * m[8] - m[5] * m[7], m[2] * m[7] - m[1] * m[8], m[1] * m[5] - m[2] * m[4],
+        m[5] * m[6] - m[3] * m[8], m[0] * m[8] - m[2] * m[6], m[2] * m[3] - m[0] * m[5],
+        m[3] * m[7] - m[4] * m[6], m[1] * m[6] - m[0] * m[7], m[0] * m[4] - m[1] * m[3]};
     for (std::size_t i = 0; i < 9; ++i) {
         inverse[i] = adjugate[i] / volume;
     }
@@ -94,7 +98,8 @@ std::array<Vector3, 3> beamDirections(const Instrument &instrument) {
     }
     Matrix3 xyzToBeam{};
     if (!invert(*instrument.beamToXyz, xyzToBeam)) {
-        throw UserError("beam_to_xyz has no inverse: check its nine numbers (three rows, one for each of X, Y, Z)");
+        throw UserError("beam_to_xyz has no inverse: check its nine numbers (three rows, one for "
+                        "each of X, Y, Z)");
     }
     std::array<Vector3, 3> directions{};
     for (std::size_t b = 0; b < 3; ++b) {
@@ -114,7 +119,8 @@ Matrix3 beamToXyzMatrix(const Instrument &instrument) {
     }
     Matrix3 beamToXyz{};
     if (!invert(xyzToBeam, beamToXyz)) {
-        throw UserError("beam_azimuth and beam_slant_angle put the beams in one plane: three different azimuths and a "
+        throw UserError("beam_azimuth and beam_slant_angle put the beams in one plane: three "
+                        "different azimuths and a "
                         "slant between 0 and 90 degrees are needed");
     }
     return beamToXyz;

@@ -26,7 +26,7 @@ std::array<Vector3, 3> beamDirections(const Instrument &instrument);
 Matrix3 beamToXyzMatrix(const Instrument &instrument);
 
 // Turns instrument axes into east, north, up; angles in degrees. With no tilt and heading 0, X is north and Y west;
-// the heading turns X clockwise, a positive pitch lifts X, and a positive roll lowers Y.
+// the heading turns X clockwise, a positive pitch lifts X, and a positive roll lifts Y.
 Matrix3 xyzToEnuMatrix(double heading, double pitch, double roll);
 
 } // namespace orvik

@@ -45,7 +45,8 @@ struct SimulatedBurst {
 };
 
 // A burst of `samples` samples. The same arguments give the same burst.
-SimulatedBurst simulateBurst(const Instrument &instrument, const SeaState &sea, const SensorFaults &faults,
-                             std::size_t samples, VelocitySystem system, std::uint64_t seed);
+SimulatedBurst simulateBurst(const Instrument &instrument, const SeaState &sea,
+                             const SensorFaults &faults, std::size_t samples, VelocitySystem system,
+                             std::uint64_t seed);
 
 } // namespace orvik
