@@ -159,6 +159,55 @@ OV_API int32_t OVGetMeanBurstCurrentLV(int32_t selector, float *valueA, float *v
 OV_API int32_t VELTAGetMeanBurstCurrent_ptr(OVRecord *record, int32_t selector, OVMeanCurrentQuery *query);
 OV_API int32_t VELTAGetMeanBurstCurrent(int32_t selector, OVMeanCurrentQuery *query);
 
+/** As OVGetScaledEnergySpec for a spectrum by kind: 0 pressure, 1 velocity, 3 surface track, else the one in use. */
+OV_API int32_t OVGetScaledEnergySpecAllType_ptr(OVRecord *record, int32_t kind, OVScaledEnergySpectrum *spectrum);
+OV_API int32_t OVGetScaledEnergySpecAllType(int32_t kind, OVScaledEnergySpectrum *spectrum);
+
+/** As OVGetWavePar, one pointer a slot (`waveParameters` of 14 values); null pointers are skipped. */
+OV_API int32_t OVGetWaveParLV(float *waveParameters, float *instrumentDepth, int32_t *astInitialBadCount,
+                              int32_t *astSpikeCount, int32_t *qualityFlags, int32_t *spectrumSource,
+                              float *astLevel, float *astLevelEven, float *aliasingFrequency, float *checkedHeight,
+                              float *checkedMeanPeriod, float *cellVerticalRange, float *energyPeriod,
+                              int32_t *selectedCell);
+
+/** As OVGetWaveSpectrum, one pointer a field (arrays of 200, binInfo 800, fineSpectrum 400); null is skipped. */
+OV_API int32_t OVGetWaveSpectrumLV(uint8_t *spectrumKind, int32_t *count, int32_t *fineCount, float *energySpectrum,
+                                   uint32_t *binInfo, float *secondSpectrum, float *fineSpectrum, float *direction,
+                                   float *spread, float *coefP, float *coefQ, float *coefR, float *coefS,
+                                   float *bandValue);
+
+/* ---- Directional results and input --------------------------------------------------------------------------- */
+
+/** Load Fourier coefficients (a1 = -coefQ, b1 = -coefP, a2 = -coefR, b2 = coefS) and get directions and spreads back. */
+OV_API int32_t OVSetFourierCoefficientSpectra_ptr(OVRecord *record, OVFourierCoefficientSpectra *block);
+OV_API int32_t OVSetFourierCoefficientSpectra(OVFourierCoefficientSpectra *block);
+
+/** Load the spectrum behind the wave parameters; at most 400 values. */
+OV_API int32_t OVSetSpectraUsed_ptr(OVRecord *record, const OVSpectraUsedInput *input);
+OV_API int32_t OVSetSpectraUsed(const OVSpectraUsedInput *input);
+
+/** Directions and spreads of a block from its own coefP (as a1) and coefQ (as b1). */
+OV_API int32_t OVGetDirectionalSpectrum_ptr(OVRecord *record, OVFourierCoefficientSpectra *block);
+OV_API int32_t OVGetDirectionalSpectrum(OVFourierCoefficientSpectra *block);
+
+/** Distribution times energy, `count` rows of 90 values. */
+OV_API int32_t OVGetFullDirSpectraWithEnergy_ptr(OVRecord *record, float *spectra);
+OV_API int32_t OVGetFullDirSpectraWithEnergy(float *spectra);
+
+/** Maximum entropy distribution as bin weights (a row sums to about 1), `count` rows of 90 values. */
+OV_API int32_t OVGetFullWaveDirSpectrum_ptr(OVRecord *record, float *spectra);
+OV_API int32_t OVGetFullWaveDirSpectrum(float *spectra);
+
+/* ---- Band estimates ------------------------------------------------------------------------------------------ */
+
+/** Wave parameters between fLow and fHigh of `band`. Returns 1 when no processed burst is there. */
+OV_API int32_t OVGetBandEst_ptr(OVRecord *record, OVBandEstimate *band);
+OV_API int32_t OVGetBandEst(OVBandEstimate *band);
+/** As OVGetBandEst over the whole axis; `bandMeanSpread` receives the bits of a float. */
+OV_API int32_t OVGetBandEstLV(float *bandHm0, float *bandTm02, float *bandZero, float *bandPeakDirection,
+                              float *bandMeanDirection, float *bandPeakSpread, uint32_t *bandMeanSpread,
+                              uint16_t *bandStatus);
+
 #ifdef __cplusplus
 }
 #endif

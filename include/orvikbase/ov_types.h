@@ -240,6 +240,29 @@ typedef struct OVMeanCurrentQuery {
     float valueC;
 } OVMeanCurrentQuery;
 
+/** A spectrum from the host, as OVSetSpectraUsed() takes it. Only the values that the count names are read. */
+typedef struct OVSpectraUsedInput {
+    uint32_t selector;                     /* 0 or 1: count1 values, otherwise count2 */
+    int32_t count1;                        /* bins of the main axis */
+    int32_t count2;                        /* bins of the fine axis */
+    float values[OV_MAX_FREQUENCIES_FINE]; /* m^2/Hz */
+} OVSpectraUsedInput;
+
+/** Wave parameters over a band. 40 bytes. */
+typedef struct OVBandEstimate {
+    float fLow;                  /* in: lower limit, Hz */
+    float fHigh;                 /* in: upper limit, Hz */
+    float bandHm0;               /* 4 sqrt(m0), m */
+    float bandTm02;              /* sqrt(m0 / m2), s */
+    float bandZero;              /* 0 after a processed burst */
+    float bandPeakDirection;     /* degrees */
+    float bandMeanDirection;     /* degrees */
+    float bandPeakSpread;        /* degrees */
+    float bandMeanSpread;        /* degrees */
+    uint16_t bandStatus;         /* 32 without a processed burst, else 0 */
+    uint16_t bandSpectrumSource; /* enum OVSpectrumSource */
+} OVBandEstimate;
+
 #pragma pack(pop)
 
 /**

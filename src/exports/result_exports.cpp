@@ -1,5 +1,6 @@
 #include "exports/current_record.hpp"
 #include "orvikbase/orvikbase.h"
+#include "output/band_estimates.hpp"
 #include "output/results.hpp"
 
 extern "C" {
@@ -66,6 +67,27 @@ int32_t OVGetScaledEnergySpec_ptr(OVRecord *record, OVScaledEnergySpectrum *spec
 int32_t OVGetScaledEnergySpec(OVScaledEnergySpectrum *spectrum) {
     return OVGetScaledEnergySpec_ptr(ov::currentRecord, spectrum);
 }
+
+int32_t OVGetScaledEnergySpecAllType_ptr(OVRecord *record, int32_t kind, OVScaledEnergySpectrum *spectrum) {
+    if (record == nullptr || spectrum == nullptr) {
+        return ov::kNullArgument;
+    }
+    ov::getScaledSpectrumOfKind(*record, kind, *spectrum);
+    return 0;
+}
+
+int32_t OVGetScaledEnergySpecAllType(int32_t kind, OVScaledEnergySpectrum *spectrum) {
+    return OVGetScaledEnergySpecAllType_ptr(ov::currentRecord, kind, spectrum);
+}
+
+int32_t OVGetBandEst_ptr(OVRecord *record, OVBandEstimate *band) {
+    if (record == nullptr || band == nullptr) {
+        return ov::kNullArgument;
+    }
+    return ov::estimateBand(*record, *band) ? 0 : 1;
+}
+
+int32_t OVGetBandEst(OVBandEstimate *band) { return OVGetBandEst_ptr(ov::currentRecord, band); }
 
 int32_t VELTAGetMeanBurstCurrent_ptr(OVRecord *record, int32_t selector, OVMeanCurrentQuery *query) {
     if (record == nullptr || query == nullptr) {

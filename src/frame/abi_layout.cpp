@@ -164,3 +164,22 @@ OV_FIELD(OVMeanCurrentQuery, selector, 0, 4);
 OV_FIELD(OVMeanCurrentQuery, valueA, 4, 4);
 OV_FIELD(OVMeanCurrentQuery, valueB, 8, 4);
 OV_FIELD(OVMeanCurrentQuery, valueC, 12, 4);
+
+OV_PACKED(OVSpectraUsedInput, 1612);
+OV_FIELD(OVSpectraUsedInput, selector, 0, 4);
+OV_FIELD(OVSpectraUsedInput, count1, 4, 4);
+OV_FIELD(OVSpectraUsedInput, count2, 8, 4);
+OV_FIELD(OVSpectraUsedInput, values, 12, 1600);
+
+OV_PACKED(OVBandEstimate, 40);
+OV_FIELD(OVBandEstimate, fLow, 0, 4);
+OV_FIELD(OVBandEstimate, fHigh, 4, 4);
+OV_FIELD(OVBandEstimate, bandHm0, 8, 4);
+OV_FIELD(OVBandEstimate, bandTm02, 12, 4);
+OV_FIELD(OVBandEstimate, bandZero, 16, 4);
+OV_FIELD(OVBandEstimate, bandPeakDirection, 20, 4);
+OV_FIELD(OVBandEstimate, bandMeanDirection, 24, 4);
+OV_FIELD(OVBandEstimate, bandPeakSpread, 28, 4);
+OV_FIELD(OVBandEstimate, bandMeanSpread, 32, 4);
+OV_FIELD(OVBandEstimate, bandStatus, 36, 2);
+OV_FIELD(OVBandEstimate, bandSpectrumSource, 38, 2);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kLeadingElements = 50;
 constexpr int kLeadingBadLimit = 48;
-constexpr float kShortestDistance = 0.01F; // [m]
+constexpr double kShortestDistance = 0.01; // [m]
 constexpr double kJumpThreshold = 1.0;     // [m]
 constexpr double kLevelTolerance = 10.0;   // [m] between track level and instrument depth
 constexpr double kOutlierFactors[] = {7.0, 6.0, 6.0, 5.0, 5.0, 4.0, 4.0};
@@ -38,7 +38,8 @@ void listOutOfRange(WaveVariables &rec, const SeriesView &x, IndexList &list) {
     }
     const int first = i < leading ? i + 1 : kLeadingElements;
     for (i = first; i < x.length && !list.full(); ++i) {
-        if (static_cast<double>(x.data[i]) > ceiling || x.data[i] < kShortestDistance) {
+        const double value = x.data[i];
+        if (value > ceiling || value < kShortestDistance) {
             list.append(i);
         }
     }

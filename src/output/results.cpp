@@ -118,6 +118,22 @@ void copyBin(WaveVariables &rec, OVFourierCoefficientSpectra &out, int i) {
     }
 }
 
+// n values scaled so that the largest becomes 65535; 0 throughout without energy.
+void scaleSpectrum(const WaveVariables &rec, const float *spectrum, int n, OVScaledEnergySpectrum &out) {
+    for (int i = 0; i < fineBinCount(rec); ++i) {
+        out.values[i] = 0;
+    }
+    float largest = 0.0F;
+    for (int i = 0; i < n; ++i) {
+        largest = std::max(largest, spectrum[i] * 10000.0F);
+    }
+    for (int i = 0; i < n; ++i) {
+        const double scaled = static_cast<double>(spectrum[i]) * 65535.0 * 10000.0 / static_cast<double>(largest);
+        out.values[i] = largest > 0.0F ? static_cast<std::uint16_t>(truncateToInt(scaled)) : std::uint16_t{0};
+    }
+    out.scaleMax = static_cast<std::uint32_t>(truncateToInt(static_cast<double>(largest)));
+}
+
 } // namespace
 
 void getWaveParameters(const WaveVariables &rec, OVWaveParameterSet &out) {
@@ -168,20 +184,25 @@ void getEnergySpectrum(const WaveVariables &rec, OVEnergySpectrumBlock &out) {
 }
 
 void getScaledEnergySpectrum(const WaveVariables &rec, OVScaledEnergySpectrum &out) {
-    for (int i = 0; i < fineBinCount(rec); ++i) {
-        out.values[i] = 0;
+    const bool track = rec.spectrumSource == OV_SOURCE_SURFACE_TRACK;
+    scaleSpectrum(rec, rec.spectraUsed, track ? fineBinCount(rec) : mainBinCount(rec), out);
+}
+
+void getScaledSpectrumOfKind(const WaveVariables &rec, std::int32_t kind, OVScaledEnergySpectrum &out) {
+    switch (kind) {
+    case OV_SOURCE_PRESSURE:
+        scaleSpectrum(rec, rec.spectrumPrs, mainBinCount(rec), out);
+        break;
+    case OV_SOURCE_VELOCITY:
+        scaleSpectrum(rec, rec.spectrumVel, mainBinCount(rec), out);
+        break;
+    case OV_SOURCE_SURFACE_TRACK:
+        scaleSpectrum(rec, rec.bandSpectrumFine, fineBinCount(rec), out);
+        break;
+    default:
+        getScaledEnergySpectrum(rec, out);
+        break;
     }
-    const int n = rec.spectrumSource == OV_SOURCE_SURFACE_TRACK ? fineBinCount(rec) : mainBinCount(rec);
-    float largest = 0.0F;
-    for (int i = 0; i < n; ++i) {
-        largest = std::max(largest, rec.spectraUsed[i] * 10000.0F);
-    }
-    for (int i = 0; i < n; ++i) {
-        const double scaled =
-            static_cast<double>(rec.spectraUsed[i]) * 65535.0 * 10000.0 / static_cast<double>(largest);
-        out.values[i] = largest > 0.0F ? static_cast<std::uint16_t>(truncateToInt(scaled)) : std::uint16_t{0};
-    }
-    out.scaleMax = static_cast<std::uint32_t>(truncateToInt(static_cast<double>(largest)));
 }
 
 bool getMeanCurrent(const WaveVariables &rec, std::int32_t selector, float (&values)[3]) {

@@ -242,10 +242,16 @@ void listEastNorthUp(WaveVariables &rec, const Conversion &conversion) {
 
 // Places entry k at `range` along its beam.
 void placeAlongBeam(WaveVariables &rec, int k, float range) {
-    rec.seriesX[k] = rec.beamDirX[k] * range;
-    rec.seriesY[k] = rec.beamDirY[k] * range;
-    rec.seriesDepth[k] = rec.instrumentDepth - rec.beamDirZ[k] * range;
+    const double distance = range;
+    const double headDepth = rec.instrumentDepth;
+    rec.seriesX[k] = static_cast<float>(rec.beamDirX[k] * distance);
+    rec.seriesY[k] = static_cast<float>(rec.beamDirY[k] * distance);
+    rec.seriesDepth[k] = static_cast<float>(headDepth - rec.beamDirZ[k] * distance);
 }
+
+// Only with beam 1 or its own bit does the track entry have a direction; without one its distances are taken as
+// vertical.
+bool trackHasDirection(const WaveVariables &rec) { return hasBit(rec, kMaskBeam1) || hasBit(rec, kMaskVerticalBeam); }
 
 void placeSeries(WaveVariables &rec) {
     for (int k = 0; k < rec.seriesCount; ++k) {
@@ -255,7 +261,7 @@ void placeSeries(WaveVariables &rec) {
             if (alongBeam(rec)) {
                 placeAlongBeam(rec, k, rec.instrumentDepth);
             }
-            if (alongBeam(rec) || rec.attitudeMode != OV_VELOCITY_ENU) {
+            if (trackHasDirection(rec) && (alongBeam(rec) || rec.attitudeMode != OV_VELOCITY_ENU)) {
                 rec.surfaceTrackCosine = rec.beamDirZ[k];
             }
         }
