@@ -242,15 +242,14 @@ void listEastNorthUp(WaveVariables &rec, const Conversion &conversion) {
 
 // Places entry k at `range` along its beam.
 void placeAlongBeam(WaveVariables &rec, int k, float range) {
-    const double distance = range;
-    const double headDepth = rec.instrumentDepth;
-    rec.seriesX[k] = static_cast<float>(rec.beamDirX[k] * distance);
-    rec.seriesY[k] = static_cast<float>(rec.beamDirY[k] * distance);
-    rec.seriesDepth[k] = static_cast<float>(headDepth - rec.beamDirZ[k] * distance);
+    rec.seriesX[k] = rec.beamDirX[k] * range;
+    rec.seriesY[k] = rec.beamDirY[k] * range;
+    const double depth = rec.instrumentDepth;
+    const double up = rec.beamDirZ[k];
+    rec.seriesDepth[k] = static_cast<float>(depth - up * static_cast<double>(range));
 }
 
-// Only with beam 1 or its own bit does the track entry have a direction; without one its distances are taken as
-// vertical.
+// A track entry has a direction only with its own bit or beam 1; without one its distances are taken as vertical.
 bool trackHasDirection(const WaveVariables &rec) { return hasBit(rec, kMaskBeam1) || hasBit(rec, kMaskVerticalBeam); }
 
 void placeSeries(WaveVariables &rec) {
