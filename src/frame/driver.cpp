@@ -13,6 +13,7 @@
 #include "spectral/elevation_spectra.hpp"
 #include "spectral/fft.hpp"
 #include "spectral/general_series.hpp"
+#include "spectral/profile_series.hpp"
 #include "spectral/transfer_functions.hpp"
 #include "spectral/wave_numbers.hpp"
 #include "spectral/wave_parameters.hpp"
@@ -297,7 +298,11 @@ void finalChecks(WaveVariables &rec) {
 void runDriver(WaveVariables &rec) {
     settleDirectionOffset(rec);
     settleMethod(rec);
-    buildGeneralSeries(rec);
+    if (rec.instrumentType == kProfileInstrument) {
+        buildSeriesGeometry(rec);
+    } else {
+        buildGeneralSeries(rec);
+    }
     findMeanCurrent(rec);
     computeBandSpectra(rec);
     std::copy_n(rec.frequencies, kMaxFreq, rec.paramFrequencies);

@@ -1,14 +1,12 @@
 #include "spectral/general_series.hpp"
 
-#include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <iterator>
 
 #include "frame/constants.hpp"
 #include "input/series_repair.hpp"
 #include "spectral/fft.hpp"
 #include "spectral/rotation.hpp"
+#include "spectral/series_list.hpp"
 
 namespace ov {
 namespace {
@@ -49,12 +47,6 @@ Vector3 verticalBeam(const WaveVariables &rec) {
     const double p = radiansFromDegrees(rec.pitch);
     const double r = radiansFromDegrees(offset ? rec.roll + 5.0F : rec.roll);
     return {std::sin(r), -std::sin(p) * std::cos(r), std::cos(p) * std::cos(r)};
-}
-
-void setBeamDirection(WaveVariables &rec, int slot, const Vector3 &direction) {
-    rec.beamDirX[slot] = static_cast<float>(direction[0]);
-    rec.beamDirY[slot] = static_cast<float>(direction[1]);
-    rec.beamDirZ[slot] = static_cast<float>(direction[2]);
 }
 
 void fillBeamDirections(WaveVariables &rec, const Matrix3 &beams) {
@@ -168,17 +160,6 @@ Conversion prepareEastNorthUp(WaveVariables &rec) {
     return conversion;
 }
 
-void transformSlot(WaveVariables &rec, int slot) {
-    transformLoaded(rec, rec.burstLength, rec.seriesSpecRe[slot], rec.seriesSpecIm[slot]);
-}
-
-void transformSeries(WaveVariables &rec, int slot, const float *series) {
-    for (int i = 0; i < rec.burstLength; ++i) {
-        loadSample(rec, i, series[i]);
-    }
-    transformSlot(rec, slot);
-}
-
 void transformVelocity(WaveVariables &rec, int slot, std::size_t component, const Conversion &conversion) {
     if (!conversion.needed) {
         transformSeries(rec, slot, rec.velocitySeries[component]);
@@ -240,15 +221,6 @@ void listEastNorthUp(WaveVariables &rec, const Conversion &conversion) {
     listPressure(rec);
 }
 
-// Places entry k at `range` along its beam.
-void placeAlongBeam(WaveVariables &rec, int k, float range) {
-    rec.seriesX[k] = rec.beamDirX[k] * range;
-    rec.seriesY[k] = rec.beamDirY[k] * range;
-    const double depth = rec.instrumentDepth;
-    const double up = rec.beamDirZ[k];
-    rec.seriesDepth[k] = static_cast<float>(depth - up * static_cast<double>(range));
-}
-
 // A track entry has a direction only with its own bit or beam 1; without one its distances are taken as vertical.
 bool trackHasDirection(const WaveVariables &rec) { return hasBit(rec, kMaskBeam1) || hasBit(rec, kMaskVerticalBeam); }
 
@@ -268,21 +240,6 @@ void placeSeries(WaveVariables &rec) {
 }
 
 } // namespace
-
-void clearSeriesList(WaveVariables &rec) {
-    rec.seriesCount = 0;
-    rec.velocitySeriesCount = 0;
-    rec.nMlmSeries = 0;
-    rec.pressureSeriesIndex = 0;
-    std::fill(std::begin(rec.seriesType), std::end(rec.seriesType), 0);
-    for (float *list : {rec.seriesX, rec.seriesY, rec.seriesDepth, rec.beamDirX, rec.beamDirY, rec.beamDirZ}) {
-        std::fill_n(list, kMaxSeries, 0.0F);
-    }
-    std::fill(std::begin(rec.meanVelocity), std::end(rec.meanVelocity), 0.0F);
-    std::memset(rec.seriesSpecRe, 0, sizeof rec.seriesSpecRe);
-    std::memset(rec.seriesSpecIm, 0, sizeof rec.seriesSpecIm);
-    rec.surfaceTrackCosine = 1.0F;
-}
 
 void buildGeneralSeries(WaveVariables &rec) {
     clearSeriesList(rec);

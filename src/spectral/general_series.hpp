@@ -9,7 +9,4 @@ namespace ov {
 // series into its slot of seriesSpecRe and seriesSpecIm. The burst's series themselves stay as they are.
 void buildGeneralSeries(WaveVariables &rec);
 
-// Empties the series list and its spectra, so that a slot without a series is zero.
-void clearSeriesList(WaveVariables &rec);
-
 } // namespace ov
