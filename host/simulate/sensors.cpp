@@ -136,6 +136,10 @@ double trackRate(const Instrument &instrument) {
     return static_cast<double>(kTrackPerSample) * instrument.samplingRate;
 }
 
+void checkPlaces(const Instrument &instrument, const SeaState &sea) {
+    sensorPlaces(instrument, sea);
+}
+
 SensorSeries recordComponents(const Instrument &instrument, const SeaState &sea,
                               const FrequencyGrid &grid,
                               const std::vector<WaveComponent> &components, std::size_t samples) {

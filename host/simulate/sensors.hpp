@@ -28,6 +28,9 @@ struct SensorSeries {
 };
 
 // Throws UserError when the head or a velocity cell would not be under water.
+void checkPlaces(const Instrument &instrument, const SeaState &sea);
+
+// Throws as checkPlaces() does.
 SensorSeries recordComponents(const Instrument &instrument, const SeaState &sea,
                               const FrequencyGrid &grid,
                               const std::vector<WaveComponent> &components, std::size_t samples);
