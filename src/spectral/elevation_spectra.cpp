@@ -165,9 +165,9 @@ void elevationSpectraPerBeam(WaveVariables &rec, int i) {
     double sum = 0.0;
     for (int s = 0; s < rec.velocitySeriesCount; ++s) {
         const double measured = rec.crossSpectralMatrix[s][s];
-        const auto elevation = static_cast<float>((measured - noise) / rec.mlmMatrix[s][s]);
-        rec.beamElevSpectrum[i][s] = elevation;
-        sum += elevation < 0.0F ? 0.0 : static_cast<double>(elevation);
+        const double elevation = (measured - noise) / rec.mlmMatrix[s][s];
+        rec.beamElevSpectrum[i][s] = static_cast<float>(elevation);
+        sum += elevation < 0.0 ? 0.0 : elevation;
     }
     rec.spectrumVel[i] = positiveOrLeast(sum / rec.velocitySeriesCount);
     rec.spectrumPrs[i] = elevationFromPressure(autoFromEnd(rec, 1), rec.pressureGain[i]);
