@@ -101,11 +101,11 @@ int pressureCut(const WaveVariables &rec, int n) {
             }
         }
     }
-    // Waves too long to be deep-water ones at the instrument are never cut.
-    const double depth = rec.instrumentDepth;
-    const auto longest = static_cast<float>(std::sqrt(1.56 / (2.0 * depth)));
+    // Where the axis holds waves too long to be deep-water ones at the instrument, the last of them is the cut, whatever
+    // the response says. All in single precision, as the axis is.
+    const float deepWater = std::sqrt(1.56F / (2.0F * rec.instrumentDepth));
     for (int i = 0; i < n - 1; ++i) {
-        if (longest > rec.frequencies[i]) {
+        if (deepWater > rec.frequencies[i]) {
             cut = i;
         }
     }
