@@ -164,7 +164,8 @@ void checkTilt(WaveVariables &rec) {
 
 void checkSpectrumRise(WaveVariables &rec) {
     const int n = mainBinCount(rec);
-    for (int i = 1; n >= 3 && i < n; ++i) {
+    // Bin 0 is left out: a drop behind it alone is noise of the longest waves.
+    for (int i = 2; i < n; ++i) {
         if (rec.spectrumPrs[i] < rec.spectrumPrs[i - 1]) {
             return;
         }
