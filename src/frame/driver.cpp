@@ -314,6 +314,7 @@ void runDriver(WaveVariables &rec) {
     alignSeriesPhases(rec);
     rec.validFreqCount = mainBinCount(rec);
     std::fill_n(rec.currentAlongWave, rec.validFreqCount, 0.0F);
+    clear(rec.vertVelGainSq); // above a blocked bin the cut would see an earlier burst's
     rec.passCount = rec.firstRunFlag != 0 ? 2 : 1;
     for (int pass = 0; pass < rec.passCount; ++pass) {
         runPass(rec);
