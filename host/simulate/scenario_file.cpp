@@ -209,6 +209,11 @@ Scenario readScenarioFile(const std::string &path) {
     if (!states.empty()) {
         readStates(path, states, scenario);
     }
+    try {
+        checkScenario(scenario);
+    } catch (const UserError &error) {
+        throw UserError(path + ": " + error.what());
+    }
     return scenario;
 }
 
