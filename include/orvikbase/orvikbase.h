@@ -115,6 +115,24 @@ OV_API int32_t OVPreProcessLV(uint32_t unused, float *astOut, float windowBelow,
 OV_API int32_t OVPreProcessSUV_ptr(OVRecord *record, uint32_t unused, OVPreProcessOutputSUV *output);
 OV_API int32_t OVPreProcessSUV(uint32_t unused, OVPreProcessOutputSUV *output);
 
+/* ---- Profile instruments (type 16) --------------------------------------------------------------------------- */
+
+/** As OVSetInstrumentConfig, with beam azimuths, beam count and lag. */
+OV_API int32_t VELTASetInstrumentConfig_ptr(OVRecord *record, const OVProfileInstrumentConfig *config);
+OV_API int32_t VELTASetInstrumentConfig(const OVProfileInstrumentConfig *config);
+/** As OVSetProcPar. */
+OV_API int32_t VELTASetProcPar_ptr(OVRecord *record, OVProfileProcessingParameters *params);
+OV_API int32_t VELTASetProcPar(OVProfileProcessingParameters *params);
+/** As OVSetWaveHeader; vertical cell size and blanking are turned along the beams. Returns 1 on success. */
+OV_API int32_t VELTASetWaveHeader_ptr(OVRecord *record, OVProfileWaveHeader *header);
+OV_API int32_t VELTASetWaveHeader(OVProfileWaveHeader *header);
+/** Store the next sample with its profile; a sample past the burst changes nothing at all. */
+OV_API int32_t VELTASetWaveSampleProfile_ptr(OVRecord *record, OVWaveSampleProfile *sample);
+OV_API int32_t VELTASetWaveSampleProfile(OVWaveSampleProfile *sample);
+/** As OVPreProcess; also chooses the velocity cell just below the wave troughs. */
+OV_API int32_t VELTAPreProcess_ptr(OVRecord *record, uint32_t unused, OVPreProcessOutput *output);
+OV_API int32_t VELTAPreProcess(uint32_t unused, OVPreProcessOutput *output);
+
 /* ---- Processing ---------------------------------------------------------------------------------------------- */
 
 /** Process the burst: true when there are results. Without a usable burst every result becomes missing. A null record

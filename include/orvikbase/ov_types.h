@@ -84,6 +84,23 @@ typedef struct OVInstrumentConfig {
     uint16_t configFlags;        /* bit value 32: two estimates of the surface-track level */
 } OVInstrumentConfig;
 
+/** A profile instrument, as VELTASetInstrumentConfig() takes it. 86 bytes: OVInstrumentConfig and three more fields. */
+typedef struct OVProfileInstrumentConfig {
+    uint32_t pingsPerSample;
+    int32_t samplingRate;
+    uint32_t burstSamples;
+    float acousticFrequency;
+    float slantAngle;
+    int32_t instrumentType; /* normally 16 */
+    int32_t attitudeMode;
+    int16_t transformMatrix[16]; /* row by row: nine entries with three beams, sixteen with four */
+    int16_t cellSizeCounts;
+    uint16_t configFlags;
+    float beamAzimuth[4]; /* degrees from the X axis towards the Y axis, seen with Z up; all 0: the four quarters */
+    int16_t beamCount;    /* 3 or 4 */
+    float lagParameter;   /* ambiguity velocity, m/s */
+} OVProfileInstrumentConfig;
+
 /** Processing choices, as OVSetProcPar() takes and corrects them. 65 bytes. */
 typedef struct OVProcessingParameters {
     int32_t processingMethod;     /* 1 to 4 */
@@ -105,6 +122,9 @@ typedef struct OVProcessingParameters {
     uint32_t profileParamB;       /* profile instruments: not 0 takes the second distance as surface track */
 } OVProcessingParameters;
 
+/** The same for VELTASetProcPar(). */
+typedef OVProcessingParameters OVProfileProcessingParameters;
+
 /** Opens a burst, as OVSetWaveHeader() takes it. 57 bytes. */
 typedef struct OVWaveHeader {
     uint16_t nSamples;         /* in: samples sent; out: samples used */
@@ -125,6 +145,22 @@ typedef struct OVWaveHeader {
     uint32_t nCells;           /* cells per profile, at most 256 */
     int16_t surfaceTimeOffset; /* type 16: delay of track and pressure after velocity, 0.1 ms */
 } OVWaveHeader;
+
+/** The same for VELTASetWaveHeader(): directHeight is the vertical cell size, directDepth the vertical blanking, m. */
+typedef OVWaveHeader OVProfileWaveHeader;
+
+/** One sample of a profile instrument. 4123 bytes. */
+typedef struct OVWaveSampleProfile {
+    uint8_t valid;                                          /* 0: missing. Reads 1 after the call */
+    uint8_t reserved[2];                                    /* not read */
+    float pressure;                                         /* m of water (dbar) */
+    float astDistance1;                                     /* m */
+    float astDistance2;                                     /* m */
+    int16_t profileVelocity[OV_MAX_BEAMS][OV_MAX_CELLS];    /* mm/s, positive away from the head */
+    uint8_t profileAmplitude[OV_MAX_BEAMS][OV_MAX_CELLS];   /* counts */
+    uint8_t profileCorrelation[OV_MAX_BEAMS][OV_MAX_CELLS]; /* percent */
+    float attitude[3];                                      /* heading, pitch, roll, degrees */
+} OVWaveSampleProfile;
 
 /** One sample of a point instrument. 33 bytes. */
 typedef struct OVWaveSample {

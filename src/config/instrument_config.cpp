@@ -1,5 +1,6 @@
 #include "config/instrument_config.hpp"
 
+#include <cstddef>
 #include <cstring>
 
 namespace ov {
@@ -33,6 +34,16 @@ void setInstrumentConfig(WaveVariables &rec, const OVInstrumentConfig &config) {
     std::memcpy(rec.transformMatrix, config.transformMatrix, sizeof rec.transformMatrix);
     rec.cellSize =
         static_cast<float>(cellSizeCm(config.instrumentType, config.acousticFrequency, config.cellSizeCounts));
+}
+
+void setProfileInstrumentConfig(WaveVariables &rec, const OVProfileInstrumentConfig &config) {
+    OVInstrumentConfig common;
+    static_assert(offsetof(OVProfileInstrumentConfig, beamAzimuth) == sizeof common, "the common fields come first");
+    std::memcpy(&common, &config, sizeof common);
+    setInstrumentConfig(rec, common);
+    std::memcpy(rec.beamAzimuth, &config.beamAzimuth, sizeof rec.beamAzimuth);
+    rec.beamCount = config.beamCount;
+    rec.lagParameter = config.lagParameter;
 }
 
 } // namespace ov

@@ -46,6 +46,26 @@ double sensorDepthM(const WaveVariables &rec, const OVWaveHeader &header, double
     }
 }
 
+void copyHeader(WaveVariables &rec, const OVWaveHeader &header) {
+    rec.headerValueA = header.headerValueA;
+    rec.heading = header.heading;
+    rec.pitch = header.pitch;
+    rec.roll = header.roll;
+    rec.headerValueC = header.headerValueC;
+    rec.headerFlag = header.headerFlag;
+    std::memcpy(rec.headerWords, header.headerWords, sizeof rec.headerWords);
+    rec.depthOffset =
+        rec.instrumentType == 3 && rec.acousticFrequency == k400kHz ? header.depthOffset : 0.0F;
+    rec.nCells = header.nCells;
+    rec.surfaceTimeOffset = header.surfaceTimeOffset;
+}
+
+void settleBurstLength(WaveVariables &rec, OVWaveHeader &header) {
+    rec.burstLength = usableBurstLength(header.nSamples);
+    rec.burstSamples = static_cast<std::uint32_t>(rec.burstLength);
+    header.nSamples = static_cast<std::uint16_t>(rec.burstLength);
+}
+
 } // namespace
 
 std::int32_t usableBurstLength(std::int32_t requested) {
@@ -72,26 +92,22 @@ void openBurst(WaveVariables &rec) {
 }
 
 void setWaveHeader(WaveVariables &rec, OVWaveHeader &header) {
-    rec.headerValueA = header.headerValueA;
-    rec.heading = header.heading;
-    rec.pitch = header.pitch;
-    rec.roll = header.roll;
-    rec.headerValueC = header.headerValueC;
-    rec.headerFlag = header.headerFlag;
-    std::memcpy(rec.headerWords, header.headerWords, sizeof rec.headerWords);
-    rec.depthOffset =
-        rec.instrumentType == 3 && rec.acousticFrequency == k400kHz ? header.depthOffset : 0.0F;
-    rec.nCells = header.nCells;
-    rec.surfaceTimeOffset = header.surfaceTimeOffset;
-
+    copyHeader(rec, header);
     const double height = sensorHeightM(rec, header);
     rec.sensorHeight = static_cast<float>(height);
     rec.sensorDepth = static_cast<float>(sensorDepthM(rec, header, height));
     rec.headerDepth = rec.sensorHeight + rec.sensorDepth;
+    settleBurstLength(rec, header);
+    openBurst(rec);
+}
 
-    rec.burstLength = usableBurstLength(header.nSamples);
-    rec.burstSamples = static_cast<std::uint32_t>(rec.burstLength);
-    header.nSamples = static_cast<std::uint16_t>(rec.burstLength);
+void setProfileWaveHeader(WaveVariables &rec, OVProfileWaveHeader &header) {
+    copyHeader(rec, header);
+    const double slant = std::cos(static_cast<double>(rec.slantAngle) * kPi / 180.0);
+    rec.sensorHeight = static_cast<float>(static_cast<double>(header.directHeight) / slant);
+    rec.sensorDepth = static_cast<float>(static_cast<double>(header.directDepth) / slant);
+    rec.headerDepth = rec.sensorDepth + rec.sensorHeight;
+    settleBurstLength(rec, header);
     openBurst(rec);
 }
 

@@ -183,3 +183,22 @@ OV_FIELD(OVBandEstimate, bandPeakSpread, 28, 4);
 OV_FIELD(OVBandEstimate, bandMeanSpread, 32, 4);
 OV_FIELD(OVBandEstimate, bandStatus, 36, 2);
 OV_FIELD(OVBandEstimate, bandSpectrumSource, 38, 2);
+
+OV_PACKED(OVProfileInstrumentConfig, 86);
+OV_FIELD(OVProfileInstrumentConfig, transformMatrix, 28, 32);
+OV_FIELD(OVProfileInstrumentConfig, cellSizeCounts, 60, 2);
+OV_FIELD(OVProfileInstrumentConfig, configFlags, 62, 2);
+OV_FIELD(OVProfileInstrumentConfig, beamAzimuth, 64, 16);
+OV_FIELD(OVProfileInstrumentConfig, beamCount, 80, 2);
+OV_FIELD(OVProfileInstrumentConfig, lagParameter, 82, 4);
+
+OV_PACKED(OVWaveSampleProfile, 4123);
+OV_FIELD(OVWaveSampleProfile, valid, 0, 1);
+OV_FIELD(OVWaveSampleProfile, reserved, 1, 2);
+OV_FIELD(OVWaveSampleProfile, pressure, 3, 4);
+OV_FIELD(OVWaveSampleProfile, astDistance1, 7, 4);
+OV_FIELD(OVWaveSampleProfile, astDistance2, 11, 4);
+OV_FIELD(OVWaveSampleProfile, profileVelocity, 15, 2048);
+OV_FIELD(OVWaveSampleProfile, profileAmplitude, 2063, 1024);
+OV_FIELD(OVWaveSampleProfile, profileCorrelation, 3087, 1024);
+OV_FIELD(OVWaveSampleProfile, attitude, 4111, 12);

@@ -5,61 +5,23 @@
 #include <cstring>
 
 #include "frame/constants.hpp"
+#include "input/preprocess_steps.hpp"
+#include "input/profile_samples.hpp"
 #include "input/series_repair.hpp"
-#include "input/surface_track.hpp"
 
 namespace ov {
 namespace {
-
-// Where a pre-processed element goes, and what the host asked for. Host memory may be misaligned.
-struct HostView {
-    unsigned char *ast;      // null: not wanted
-    unsigned char *pressure; // null: not wanted
-    std::size_t stride;      // [bytes] between elements of both
-    float windowBelow;
-    float windowAbove;
-    bool useWindow;
-    bool skipAstCleaning;
-
-    void write(int i, float astValue, float pressureValue) const {
-        const std::size_t at = static_cast<std::size_t>(i) * stride;
-        if (ast != nullptr) {
-            std::memcpy(ast + at, &astValue, sizeof astValue);
-        }
-        if (pressure != nullptr) {
-            std::memcpy(pressure + at, &pressureValue, sizeof pressureValue);
-        }
-    }
-};
 
 struct Outcome {
     bool done = false;
     bool trackCleaned = false;
 };
 
-bool hasSurfaceTrack(std::int32_t method) { return method == 2 || method == 4; }
-
-int completedLength(const WaveVariables &rec) {
-    return static_cast<int>(std::min<std::uint32_t>(rec.burstSamples, kMaxSamples));
-}
-
-template <class Row> void repeatProfileRow(Row &rows, int j, std::size_t cells) {
-    for (auto &beam : rows) {
-        std::copy_n(beam[j - 1], cells, beam[j]);
-    }
-}
-
 // Sample j of a profile instrument repeats its predecessor. Its single-rate surface track is padded from element
 // 2j - 2, as at double rate.
 void padProfileSample(WaveVariables &rec, int j) {
     rec.astSeries[j] = rec.astSeries[2 * j - 2];
-    const std::size_t cells = std::min<std::size_t>(rec.nCells, kMaxCells);
-    repeatProfileRow(rec.profileVelocityStore, j, cells);
-    repeatProfileRow(rec.profileAmplitudeStore, j, cells);
-    repeatProfileRow(rec.profileCorrelationStore, j, cells);
-    for (auto &attitude : rec.attitudeSeries) {
-        attitude[j] = attitude[j - 1];
-    }
+    repeatProfileAt(rec, j);
 }
 
 void padPointSample(WaveVariables &rec, int j) {
@@ -83,47 +45,12 @@ void clearPreProcessing(WaveVariables &rec) {
     rec.astLevelEven = kMissing;
 }
 
-void findMinPressure(WaveVariables &rec) {
-    rec.minPressure = rec.pressureSeries[0];
-    for (int i = 1; i < completedLength(rec); ++i) {
-        rec.minPressure = std::min(rec.minPressure, rec.pressureSeries[i]);
-    }
-}
-
-// Pressure-only hosts see the despiked pressure. Its level is that of the burst before: this burst's is not yet known.
-void writePressureRows(const WaveVariables &rec, const HostView &host) {
-    for (int i = 0; i < rec.burstLength; ++i) {
-        host.write(i, rec.pressureSeries[i], rec.pressureSeries[i] + rec.instrumentDepth);
-    }
-}
-
-void setTrackSampling(WaveVariables &rec) {
-    if (rec.instrumentType == kProfileInstrument) {
-        rec.astLength = rec.burstLength;
-        rec.astSamplingRate = static_cast<float>(rec.samplingRate);
-        return;
-    }
-    rec.astLength = 2 * rec.burstLength;
-    rec.astSamplingRate = rec.samplingRate == 0 ? 1.5F : rec.samplingRate == 1 ? 2.0F : 4.0F;
-}
-
 // Once a host has asked for the window, it stays in force for later bursts of the record.
 void takeWindow(WaveVariables &rec, const HostView &host) {
     if (host.useWindow) {
         rec.useAstWindow = 1;
         rec.astWindowBelow = std::fabs(host.windowBelow);
         rec.astWindowAbove = std::fabs(host.windowAbove);
-    }
-}
-
-void preProcessTrack(WaveVariables &rec, const HostView &host) {
-    setTrackSampling(rec);
-    takeWindow(rec, host);
-    if (!host.skipAstCleaning) {
-        cleanAst(rec, rec.astSeries);
-    }
-    for (int i = 0; i < rec.astLength; ++i) {
-        host.write(i, rec.astSeries[i], pressureStorage(rec, i) + rec.instrumentDepth);
     }
 }
 
@@ -146,6 +73,7 @@ Outcome run(WaveVariables &rec, const HostView &host, bool pressureRows) {
     rec.waterDepth = static_cast<float>(depth + rec.levelOffset);
     const bool track = hasSurfaceTrack(rec.processingMethod);
     if (track) {
+        takeWindow(rec, host);
         preProcessTrack(rec, host);
     }
     rec.trackVerdict = rec.surfaceTrackValid;
@@ -180,14 +108,7 @@ void completeBurst(WaveVariables &rec) {
 }
 
 void preProcess(WaveVariables &rec, OVPreProcessOutput &output) {
-    auto *const rows = reinterpret_cast<unsigned char *>(output.rows);
-    const HostView host{rows + offsetof(OVPreProcessRow, astOut),
-                        rows + offsetof(OVPreProcessRow, pressureOut),
-                        sizeof(OVPreProcessRow),
-                        output.windowBelow,
-                        output.windowAbove,
-                        output.useWindow == 1,
-                        output.skipAstCleaning == 1};
+    const HostView host = viewOf(output);
     const Outcome outcome = run(rec, host, true);
     if (outcome.trackCleaned) {
         output.astValidOut = rec.surfaceTrackValid;

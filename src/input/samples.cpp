@@ -1,10 +1,10 @@
 #include "input/samples.hpp"
 
-#include <algorithm>
 #include <cstring>
 #include <limits>
 
 #include "frame/constants.hpp"
+#include "input/profile_samples.hpp"
 
 namespace ov {
 namespace {
@@ -44,19 +44,6 @@ void storeMissing(WaveVariables &rec, int i) {
     ++rec.missingSampleCount;
 }
 
-// On a profile instrument a point sample has no profile: its index must not show an earlier burst's.
-void clearProfileAt(WaveVariables &rec, int i) {
-    const std::size_t cells = std::clamp<std::size_t>(rec.nCells, 1, kMaxCells);
-    for (int b = 0; b < kMaxBeams; ++b) {
-        std::fill_n(rec.profileVelocityStore[b][i], cells, std::int16_t{0});
-        std::fill_n(rec.profileAmplitudeStore[b][i], cells, std::uint8_t{0});
-        std::fill_n(rec.profileCorrelationStore[b][i], cells, std::uint8_t{0});
-    }
-    for (auto &attitude : rec.attitudeSeries) {
-        attitude[i] = 0.0F;
-    }
-}
-
 void storeAt(WaveVariables &rec, int i, const OVWaveSample &sample) {
     if (sample.valid != 0) {
         storeValid(rec, i, sample);
@@ -64,7 +51,7 @@ void storeAt(WaveVariables &rec, int i, const OVWaveSample &sample) {
         storeMissing(rec, i);
     }
     if (rec.instrumentType == kProfileInstrument) {
-        clearProfileAt(rec, i);
+        clearProfileAt(rec, i); // a point sample has no profile, and must not show an earlier burst's
     }
 }
 
