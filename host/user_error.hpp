@@ -1,4 +1,4 @@
-// An error that the user can mend: the message names the file, variable or option and says what to do.
+// Errors that the user can mend: the message names the file, variable or option and says what to do.
 #pragma once
 
 #include <stdexcept>
@@ -8,6 +8,12 @@ namespace orvik {
 class UserError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+};
+
+// What the user typed cannot be meant: the command line, not a file, has to change.
+class UsageError : public UserError {
+public:
+    using UserError::UserError;
 };
 
 } // namespace orvik

@@ -27,6 +27,9 @@ struct Instrument {
     double declination = 0.0;    // [degrees] added to every direction
 };
 
+// Echo strength that stands for one the source did not tell: too strong to count as weak.
+inline constexpr std::uint16_t kUnknownAmplitude = 100;
+
 enum class VelocitySystem { none, beam, xyz, enu };
 
 // One burst. Series hold one value a sample; NaN marks a missing value.

@@ -1,6 +1,7 @@
 // Burst files on disk (layout: docs/burst-file.md), read and written one burst at a time.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -11,6 +12,26 @@
 #include "burst/burst.hpp"
 
 namespace orvik {
+
+// A truth variable of a simulated file: name, unit and the field that it holds.
+struct TruthVariable {
+    const char *name;
+    const char *units;
+    const char *longName;
+    double Truth::*field;
+};
+
+inline constexpr std::array<TruthVariable, 9> kTruthVariables{{
+    {"true_significant_height", "m", "four square roots of the sea spectrum's m0", &Truth::significantHeight},
+    {"true_realised_height", "m", "four standard deviations of the surface above the head", &Truth::realisedHeight},
+    {"true_peak_period", "s", "period of the sea spectrum's peak", &Truth::peakPeriod},
+    {"true_peak_direction", "degree", "direction that waves at the peak come from", &Truth::peakDirection},
+    {"true_mean_direction", "degree", "energy-weighted direction that waves come from", &Truth::meanDirection},
+    {"true_peak_spread", "degree", "directional spread at the peak", &Truth::peakSpread},
+    {"true_current_speed", "m s-1", "speed of the depth-mean current", &Truth::currentSpeed},
+    {"true_current_direction", "degree", "direction that the current goes to", &Truth::currentDirection},
+    {"true_water_depth", "m", "mean water depth", &Truth::waterDepth},
+}};
 
 // Values that the user gives for what a file lacks, by the file's variable names ("cell_range" -> "7.4").
 using Overrides = std::map<std::string, std::string>;
@@ -25,6 +46,13 @@ public:
 
     [[nodiscard]] const Instrument &instrument() const;
     [[nodiscard]] std::size_t burstCount() const;
+    [[nodiscard]] std::size_t sampleCount() const; // of each burst
+    [[nodiscard]] VelocitySystem velocitySystem() const;
+    [[nodiscard]] bool hasTrack() const;
+    // Throws UserError when nothing tells heading, pitch and roll.
+    void requireAttitude() const;
+    // Throws UserError when nothing tells how the slanted beams stand in the instrument.
+    void requireBeams() const;
     [[nodiscard]] Burst readBurst(std::size_t index) const;
     [[nodiscard]] std::optional<Truth> readTruth(std::size_t index) const;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,8 @@ struct ProcessingChoices {
     double fineFreqMax = 1.99;
     int dirBandWidth = 32;
     int specBandWidth = 32;
-    int directionalInputMode = 2;
+    // 0 pressure, 1 velocity, 2 surface track if valid; by default 2 for methods 2 and 4, else 0.
+    std::optional<int> directionalInputMode;
     int nDirections = 90;
     bool comingFrom = true; // directions say where waves come from
 };
@@ -27,6 +29,7 @@ struct ProcessingChoices {
 struct BurstResult {
     bool processed = false; // false: the burst was rejected; everything is missing then
     std::string reason;     // why it was rejected
+    std::vector<std::string> notes; // what was done otherwise than asked
     OVProcessingParameters parameters{};
     OVWaveParameterSet waves{};
     OVFourierCoefficientSpectra spectra{};
@@ -34,6 +37,10 @@ struct BurstResult {
     double currentSpeed = kUnknown;
     double currentDirection = kUnknown; // [degrees]
 };
+
+// Whether a method needs heading, pitch and roll, and the beams' place in the instrument, with such velocities.
+bool needsAttitude(int method, VelocitySystem system);
+bool needsBeams(int method, VelocitySystem system);
 
 // Owns one wave-variables record. Methods 1 and 2 get east-north-up velocities and methods 3 and 4 along-beam ones
 // whatever the burst holds; the conversion is done here.
@@ -44,7 +51,14 @@ public:
     BurstRunner(const BurstRunner &) = delete;
     BurstRunner &operator=(const BurstRunner &) = delete;
 
-    // Throws UserError when the burst lacks what the method needs.
+    // The parameters in use, after the library's own limits.
+    [[nodiscard]] const OVProcessingParameters &parameters() const;
+    // Frequency axes [Hz] of the results: the main one, and the surface track's.
+    [[nodiscard]] std::vector<double> frequencies() const;
+    [[nodiscard]] std::vector<double> fineFrequencies() const;
+
+    // Bad data give a result with `processed` false. Throws UserError when the burst has no series of a kind that the
+    // method cannot do without.
     BurstResult run(const Burst &burst);
 
 private:

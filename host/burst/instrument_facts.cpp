@@ -1,0 +1,223 @@
+#include "burst/instrument_facts.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "burst/geometry.hpp"
+#include "netcdf/units.hpp"
+#include "user_error.hpp"
+
+namespace orvik {
+
+namespace {
+
+struct Fact {
+    const char *name;
+    Quantity quantity;
+    std::size_t count;       // numbers that --set takes
+    const char *placeholder; // what an error message asks for
+};
+
+constexpr Fact kFacts[] = {
+    {"sampling_rate", Quantity::frequency, 1, "HERTZ"},
+    {"surface_track_sampling_rate", Quantity::frequency, 1, "HERTZ"},
+    {"acoustic_frequency", Quantity::frequency, 1, "HERTZ"},
+    {"instrument_type", Quantity::plain, 1, "CODE"},
+    {"beam_slant_angle", Quantity::angle, 1, "DEGREES"},
+    {"beam_azimuth", Quantity::angle, 3, "DEGREES,DEGREES,DEGREES"},
+    {"beam_to_xyz", Quantity::plain, 9, "NINE,NUMBERS,ROW,BY,ROW..."},
+    {"cell_range", Quantity::length, 1, "METRES"},
+    {"cell_size", Quantity::length, 1, "METRES"},
+    {"velocity_height_above_bed", Quantity::length, 1, "METRES"},
+    {"pings_per_sample", Quantity::plain, 1, "COUNT"},
+    {"pressure_sensor_height_above_bed", Quantity::length, 1, "METRES"},
+    {"magnetic_declination", Quantity::angle, 1, "DEGREES"},
+    {"heading", Quantity::angle, 1, "DEGREES"},
+    {"pitch", Quantity::angle, 1, "DEGREES"},
+    {"roll", Quantity::angle, 1, "DEGREES"},
+    {"time", Quantity::duration, 1, "SECONDS_SINCE_1970"},
+};
+
+const Fact *findFact(const std::string &name) {
+    const auto *fact = std::find_if(std::begin(kFacts), std::end(kFacts),
+                                    [&](const Fact &candidate) { return candidate.name == name; });
+    return fact == std::end(kFacts) ? nullptr : fact;
+}
+
+double parseNumber(const std::string &name, const std::string &text) {
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value)) {
+        throw UsageError("--set " + name + ": \"" + text + "\" is not a number");
+    }
+    return value;
+}
+
+std::vector<double> parseNumbers(const std::string &name, const std::string &text) {
+    std::vector<double> values;
+    std::size_t begin = 0;
+    while (begin <= text.size()) {
+        const std::size_t end = std::min(text.find(',', begin), text.size());
+        values.push_back(parseNumber(name, text.substr(begin, end - begin)));
+        begin = end + 1;
+    }
+    return values;
+}
+
+class FactSource {
+public:
+    FactSource(const NcReader &file, const Overrides &overrides) : file_(file), overrides_(overrides) {}
+
+    // The user's value, else the file's in the unit of burst files, else nothing.
+    [[nodiscard]] std::optional<std::vector<double>> numbers(const std::string &name) const {
+        if (auto given = overrideNumbers(overrides_, name)) {
+            return given;
+        }
+        const auto variable = file_.find(name);
+        if (!variable) {
+            return std::nullopt;
+        }
+        const Fact &fact = *findFact(name);
+        if (variable->size() != fact.count) {
+            throw UserError("variable " + name + " in " + file_.path() + " has the dimensions " +
+                            variable->shapeText() + " and " + std::to_string(variable->size()) + " values, expected " +
+                            std::to_string(fact.count));
+        }
+        const double factor = unitFactor(file_, *variable, fact.quantity);
+        std::vector<double> values = file_.readAll(*variable);
+        for (double &value : values) {
+            value *= factor;
+            if (!std::isfinite(value)) {
+                return std::nullopt;
+            }
+        }
+        return values;
+    }
+
+    // Keeps the value that `target` has when nobody tells one.
+    void number(const std::string &name, double &target) const {
+        if (const auto values = numbers(name)) {
+            target = values->front();
+        }
+    }
+
+    void positive(const std::string &name, double &target) const {
+        number(name, target);
+        if (target <= 0.0) {
+            throw UserError(name + where(name) + " must be more than 0");
+        }
+    }
+
+    [[nodiscard]] int whole(const std::string &name, int fallback, int least, int most) const {
+        double value = fallback;
+        number(name, value);
+        if (value != std::floor(value) || value < least || value > most) {
+            throw UserError(name + where(name) + " must be a whole number from " + std::to_string(least) + " to " +
+                            std::to_string(most));
+        }
+        return static_cast<int>(value);
+    }
+
+    [[nodiscard]] std::string where(const std::string &name) const {
+        return overrides_.count(name) != 0 ? " (given with --set)" : " in " + file_.path();
+    }
+
+private:
+    const NcReader &file_;
+    const Overrides &overrides_;
+};
+
+// Files may keep the matrix by columns; its dimensions say so.
+std::array<double, 9> matrixByRows(const std::vector<double> &values, bool transposed) {
+    std::array<double, 9> matrix{};
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) {
+            matrix[3 * row + column] = values[transposed ? 3 * column + row : 3 * row + column];
+        }
+    }
+    return matrix;
+}
+
+void readBeams(const FactSource &source, const NcReader &file, const Overrides &overrides, Instrument &instrument) {
+    source.number("beam_slant_angle", instrument.slantAngle);
+    if (instrument.slantAngle <= 0.0 || instrument.slantAngle >= 90.0) {
+        throw UserError("beam_slant_angle" + source.where("beam_slant_angle") + " must lie between 0 and 90 degrees");
+    }
+    if (const auto azimuths = source.numbers("beam_azimuth")) {
+        instrument.beamAzimuth = *azimuths;
+    }
+    if (const auto values = source.numbers("beam_to_xyz")) {
+        const auto variable = file.find("beam_to_xyz");
+        const bool fromFile = overrides.count("beam_to_xyz") == 0;
+        const bool transposed = fromFile && variable->axis("beam") == 0 && variable->axis("xyz") == 1;
+        instrument.beamToXyz = matrixByRows(*values, transposed);
+    }
+}
+
+// The range to the measurement cell, directly or from the heights of cell and head above the bed.
+void readCell(const FactSource &source, Instrument &instrument) {
+    double height = kUnknown;
+    source.number("velocity_height_above_bed", height);
+    if (std::isfinite(height)) {
+        const double slant = instrument.slantAngle * kRadiansPerDegree;
+        instrument.cellRange = (height - instrument.pressureHeight) / std::cos(slant);
+    }
+    source.positive("cell_range", instrument.cellRange);
+    source.positive("cell_size", instrument.cellSize);
+}
+
+} // namespace
+
+void checkOverrides(const Overrides &overrides) {
+    for (const auto &[name, text] : overrides) {
+        const Fact *fact = findFact(name);
+        if (fact == nullptr) {
+            std::string known;
+            for (const Fact &candidate : kFacts) {
+                known += (known.empty() ? "" : ", ") + std::string(candidate.name);
+            }
+            throw UsageError("--set " + name + ": no such value; known are " + known);
+        }
+        if (parseNumbers(name, text).size() != fact->count) {
+            throw UsageError("--set " + name + " takes " + std::to_string(fact->count) +
+                             (fact->count == 1 ? " number" : " numbers separated by commas") + ": " + name + "=" +
+                             fact->placeholder);
+        }
+    }
+}
+
+std::optional<std::vector<double>> overrideNumbers(const Overrides &overrides, const std::string &name) {
+    const auto found = overrides.find(name);
+    if (found == overrides.end()) {
+        return std::nullopt;
+    }
+    return parseNumbers(name, found->second);
+}
+
+std::string missingText(const std::string &name, const std::string &path) {
+    const Fact *fact = findFact(name);
+    return name + " is missing in " + path + ": give it with --set " + name + "=" + fact->placeholder;
+}
+
+Instrument readInstrument(const NcReader &file, const Overrides &overrides) {
+    const FactSource source(file, overrides);
+    Instrument instrument;
+    source.positive("sampling_rate", instrument.samplingRate);
+    if (!std::isfinite(instrument.samplingRate)) {
+        throw UserError(missingText("sampling_rate", file.path()));
+    }
+    instrument.trackSamplingRate = 2.0 * instrument.samplingRate;
+    source.positive("surface_track_sampling_rate", instrument.trackSamplingRate);
+    source.positive("acoustic_frequency", instrument.acousticFrequency);
+    instrument.instrumentType = source.whole("instrument_type", instrument.instrumentType, 0, 1000);
+    instrument.pingsPerSample = static_cast<unsigned>(
+        source.whole("pings_per_sample", static_cast<int>(instrument.pingsPerSample), 1, 1000000));
+    source.number("pressure_sensor_height_above_bed", instrument.pressureHeight);
+    source.number("magnetic_declination", instrument.declination);
+    readBeams(source, file, overrides, instrument);
+    readCell(source, instrument);
+    return instrument;
+}
+
+} // namespace orvik

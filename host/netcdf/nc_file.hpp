@@ -1,0 +1,104 @@
+// netCDF files: handles that close themselves, errors that name file and variable, values in physical form.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <netcdf.h>
+
+namespace orvik {
+
+struct NcDimension {
+    std::string name;
+    std::size_t length = 0;
+};
+
+struct NcVariable {
+    int id = -1;
+    std::string name;
+    nc_type type = NC_NAT;
+    std::vector<NcDimension> dimensions;
+
+    [[nodiscard]] std::optional<std::size_t> axis(const std::string &dimension) const;
+    [[nodiscard]] std::size_t size() const;      // number of values
+    [[nodiscard]] std::string shapeText() const; // "(time, sample)"
+};
+
+// A file open for reading.
+class NcReader {
+public:
+    explicit NcReader(const std::string &path);
+    ~NcReader();
+    NcReader(const NcReader &) = delete;
+    NcReader &operator=(const NcReader &) = delete;
+
+    [[nodiscard]] const std::string &path() const { return path_; }
+    [[nodiscard]] std::optional<std::size_t> dimensionLength(const std::string &name) const;
+    [[nodiscard]] std::vector<NcVariable> variables() const;
+    [[nodiscard]] std::optional<NcVariable> find(const std::string &name) const;
+    // Attribute of a variable, or of the file when `variable` is null.
+    [[nodiscard]] std::optional<std::string> text(const NcVariable *variable, const std::string &attribute) const;
+    [[nodiscard]] std::optional<double> number(const NcVariable &variable, const std::string &attribute) const;
+
+    // Values with scale_factor and add_offset applied; fill and missing values are NaN. One start and count for each
+    // of the variable's dimensions.
+    [[nodiscard]] std::vector<double> read(const NcVariable &variable, const std::vector<std::size_t> &start,
+                                           const std::vector<std::size_t> &count) const;
+    [[nodiscard]] std::vector<double> readAll(const NcVariable &variable) const;
+
+private:
+    [[nodiscard]] std::vector<double> markers(const NcVariable &variable) const;
+    [[nodiscard]] NcVariable describe(int id) const;
+    void check(int status, const std::string &what) const;
+
+    std::string path_;
+    int id_ = -1;
+};
+
+// A new netCDF-4 file under a temporary name beside `path`. commit() puts it under its own name in one step; without
+// it nothing is left behind.
+class NcWriter {
+public:
+    explicit NcWriter(const std::string &path);
+    ~NcWriter();
+    NcWriter(const NcWriter &) = delete;
+    NcWriter &operator=(const NcWriter &) = delete;
+
+    using Attributes = std::vector<std::pair<std::string, std::string>>;
+
+    int addDimension(const std::string &name, std::size_t length); // length NC_UNLIMITED grows
+    [[nodiscard]] int dimension(const std::string &name) const; // one added before
+    // Floating-point variables get the fill value NaN, integer ones none. Variables with dimensions are deflated.
+    int addVariable(const std::string &name, nc_type type, const std::vector<int> &dimensions,
+                    const Attributes &attributes);
+    void setFill(int variable, unsigned short value);
+    void setText(int variable, const std::string &attribute, const std::string &value); // NC_GLOBAL: the file
+    void setNumber(int variable, const std::string &attribute, double value);
+    void setIntegers(int variable, const std::string &attribute, const std::vector<int> &values);
+    void endDefinitions();
+
+    void write(int variable, const std::vector<std::size_t> &start, const std::vector<std::size_t> &count,
+               const std::vector<float> &values);
+    void write(int variable, const std::vector<std::size_t> &start, const std::vector<std::size_t> &count,
+               const std::vector<unsigned short> &values);
+    void write(int variable, const std::vector<std::size_t> &start, const std::vector<std::size_t> &count,
+               const std::vector<unsigned char> &values);
+    void write(int variable, const std::vector<std::size_t> &start, double value);
+    void writeScalar(int variable, double value) { write(variable, {}, value); }
+
+    void commit();
+
+private:
+    void check(int status, const std::string &what) const;
+    void checkCount(const std::vector<std::size_t> &count, std::size_t values) const;
+
+    std::string path_;
+    std::string temporaryPath_;
+    int id_ = -1;
+    bool open_ = false;
+};
+
+} // namespace orvik
