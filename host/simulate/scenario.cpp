@@ -114,6 +114,7 @@ void addTide(const Scenario &scenario, double hours, SeaState &sea) {
 }
 
 void checkInstrument(const Instrument &instrument) {
+    beamToXyzMatrix(instrument); // throws when the beams do not span space
     const double rate = instrument.samplingRate;
     if (rate != 0.75 && rate != 1.0 && rate != 2.0) {
         throw UserError(fmt::format(

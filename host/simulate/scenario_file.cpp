@@ -1,6 +1,7 @@
 #include "simulate/scenario_file.hpp"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <vector>
@@ -80,7 +81,7 @@ public:
         const toml::array *array = node->as_array();
         if (array == nullptr || !array->is_homogeneous<toml::table>()) {
             throw UserError(
-                fmt::format("{0}: must be tables that begin with [[{0}]]", nameOf(key)));
+                fmt::format("{}: must be tables that begin with [[{}]]", nameOf(key), key));
         }
         for (const toml::node &element : *array) {
             tables.push_back(element.as_table());
@@ -184,7 +185,7 @@ std::string contents(const std::string &path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     text << file.rdbuf();
-    if (!file) {
+    if (!file || std::filesystem::is_directory(path)) {
         throw UserError(path + ": cannot be read; check the name and that it may be read");
     }
     return text.str();
