@@ -1,0 +1,23 @@
+// Bringing series that were sampled at different instants together.
+#pragma once
+
+#include <array>
+#include <vector>
+
+namespace orvik {
+
+// The beams of a point instrument are sampled one after another [s].
+inline constexpr double kBeamInterval = 0.0625;
+
+// The series as it would read `shift` samples later, by windowed-sinc interpolation; a fraction of a sample is what it
+// is for. Missing values (NaN) take the value before them.
+std::vector<float> shiftedSeries(const std::vector<float> &series, double shift);
+
+// East, north, up of along-beam velocities (matrix row by row). A component mixes all beams, and beams taken at
+// different instants leak vertical motion into the horizontal ones: 4 degrees of direction in an 8 s sea. So each
+// component is mixed from the beams at one instant: component j at the instant the library expects it, j beam intervals
+// before the sample's own.
+std::array<std::vector<float>, 3> earthFromBeams(const std::array<std::vector<float>, 3> &beams,
+                                                 const std::array<double, 9> &matrix, double samplingRate);
+
+} // namespace orvik
