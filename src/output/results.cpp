@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <iterator>
 
@@ -24,8 +25,8 @@ bool trackMissing(const WaveVariables &rec) {
 float missingInteger() { return std::bit_cast<float>(std::int32_t{OV_MISSING_INTEGER}); }
 
 void setResultsMissing(const WaveVariables &rec, OVWaveParameterSet &out) {
-    for (float &value : out.waveParameters) {
-        value = kMissing;
+    for (std::size_t i = 0; i < OV_WAVE_PARAMETERS; ++i) { // by index: host memory may be misaligned
+        out.waveParameters[i] = kMissing;
     }
     out.instrumentDepth = kMissing;
     out.astLevel = kMissing;
@@ -48,22 +49,17 @@ void copyResults(const WaveVariables &rec, OVWaveParameterSet &out) {
     out.checkedMeanPeriod = rec.checkedMeanPeriod;
 }
 
-template <class Array> void clear(Array &array) { std::memset(&array, 0, sizeof array); }
-
-// Places of beams that are not in use keep what the host had there.
+// Places of beams that are not in use keep what the host had there. By bytes: host memory may be misaligned.
 void clearSpectra(const WaveVariables &rec, OVFourierCoefficientSpectra &out) {
-    clear(out.energySpectrum);
-    clear(out.secondSpectrum);
-    clear(out.fineSpectrum);
-    clear(out.direction);
-    clear(out.spread);
-    clear(out.coefP);
-    clear(out.coefQ);
-    clear(out.coefR);
-    clear(out.coefS);
-    clear(out.bandValue);
-    for (auto &bin : out.binInfo) {
-        std::memset(&bin, 0, static_cast<std::size_t>(std::clamp(rec.velocitySeriesCount, 0, 4)) * sizeof(float));
+    constexpr std::size_t kBeams = offsetof(OVFourierCoefficientSpectra, binInfo);
+    constexpr std::size_t kBehindBeams = offsetof(OVFourierCoefficientSpectra, secondSpectrum);
+    constexpr std::size_t kBeamBytes = (kBehindBeams - kBeams) / kMaxFreq;
+    auto *const bytes = reinterpret_cast<unsigned char *>(&out);
+    std::memset(&out.energySpectrum, 0, sizeof out.energySpectrum);
+    std::memset(bytes + kBehindBeams, 0, sizeof out - kBehindBeams);
+    const auto inUse = static_cast<std::size_t>(std::clamp(rec.velocitySeriesCount, 0, 4)) * sizeof(float);
+    for (std::size_t i = 0; i < kMaxFreq; ++i) {
+        std::memset(bytes + kBeams + i * kBeamBytes, 0, inUse);
     }
 }
 
