@@ -12,8 +12,8 @@ namespace orvik {
 
 namespace {
 
-// The common period in bursts, and the plane waves of a system at each line. With both, a band of a few harmonics of
-// the burst holds some fifty directions.
+// The common period in bursts, and the plane waves of a system at each line. With both, a band of four harmonics of
+// the burst holds some sixty directions.
 constexpr std::size_t kBurstsInPeriod = 4;
 constexpr std::size_t kDirectionsPerLine = 4;
 

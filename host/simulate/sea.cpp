@@ -116,20 +116,24 @@ void storeVelocities(const Instrument &instrument, const SensorSeries &series, B
 }
 
 // A missing sample is missing in every series.
-void dropSamples(Burst &burst, const SensorFaults &faults, std::uint64_t seed) {
+void loseSample(Burst &burst, std::size_t index) {
+    burst.valid[index] = 0;
+    burst.pressure[index] = kMissing;
+    burst.surfaceTrack[kTrackPerSample * index] = kMissing;
+    burst.surfaceTrack[kTrackPerSample * index + 1] = kMissing;
+    for (auto &component : burst.velocity) {
+        if (!component.empty()) {
+            component[index] = kMissing;
+        }
+    }
+}
+
+void loseSamples(Burst &burst, const SensorFaults &faults, std::uint64_t seed) {
     RandomSource missing = stream(seed, missingStream);
     burst.valid.assign(burst.pressure.size(), 1);
     for (std::size_t i = 0; i < burst.pressure.size(); ++i) {
         if (missing.uniform() < faults.missingFraction) {
-            burst.valid[i] = 0;
-            burst.pressure[i] = kMissing;
-            burst.surfaceTrack[kTrackPerSample * i] = kMissing;
-            burst.surfaceTrack[kTrackPerSample * i + 1] = kMissing;
-            for (auto &component : burst.velocity) {
-                if (!component.empty()) {
-                    component[i] = kMissing;
-                }
-            }
+            loseSample(burst, i);
         }
     }
     RandomSource lost = stream(seed, trackDropStream);
@@ -168,7 +172,7 @@ SimulatedBurst simulateBurst(const Instrument &instrument, const SeaState &sea,
     burst.surfaceTrack = asFloats(series.track);
     storeVelocities(instrument, series, burst);
     drawAmplitudes(burst, samples, stream(seed, amplitudeStream));
-    dropSamples(burst, faults, seed);
+    loseSamples(burst, faults, seed);
     return simulated;
 }
 
