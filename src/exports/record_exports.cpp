@@ -4,6 +4,9 @@
 #include <cstring>
 
 #if defined(_WIN32)
+#if !defined(NOMINMAX)
+#define NOMINMAX
+#endif
 #include <windows.h>
 #endif
 
