@@ -23,7 +23,8 @@ struct Column {
     double factor = 1.0;
 };
 
-void requireShape(const NcReader &file, const NcVariable &variable, const std::vector<std::string> &expected) {
+void requireShape(const NcReader &file, const NcVariable &variable,
+                  const std::vector<std::string> &expected) {
     bool fits = variable.dimensions.size() == expected.size();
     std::string names;
     for (const std::string &name : expected) {
@@ -31,16 +32,17 @@ void requireShape(const NcReader &file, const NcVariable &variable, const std::v
         names += (names.empty() ? "" : ", ") + name;
     }
     if (!fits) {
-        throw UserError("variable " + variable.name + " in " + file.path() + " has the dimensions " +
-                        variable.shapeText() + ", expected (" + names + ") in any order");
+        throw UserError("variable " + variable.name + " in " + file.path() +
+                        " has the dimensions " + variable.shapeText() + ", expected (" + names +
+                        ") in any order");
     }
 }
 
 void requireThree(const NcReader &file, const NcVariable &variable, const std::string &dimension) {
     const std::size_t length = variable.dimensions[*variable.axis(dimension)].length;
     if (length != 3) {
-        throw UserError("dimension " + dimension + " of variable " + variable.name + " in " + file.path() + " is " +
-                        std::to_string(length) + " long, expected 3");
+        throw UserError("dimension " + dimension + " of variable " + variable.name + " in " +
+                        file.path() + " is " + std::to_string(length) + " long, expected 3");
     }
 }
 
@@ -83,8 +85,8 @@ struct BurstFileReader::Impl {
     [[nodiscard]] std::optional<Column> findTruth(const TruthVariable &wanted) const;
     [[nodiscard]] std::vector<double> readSlice(const Column &column, std::size_t burst) const;
     [[nodiscard]] std::vector<float> readSeries(const Column &column, std::size_t burst) const;
-    [[nodiscard]] std::array<std::vector<double>, 3> readThree(const Column &column, const std::string &dimension,
-                                                               std::size_t burst) const;
+    [[nodiscard]] std::array<std::vector<double>, 3>
+    readThree(const Column &column, const std::string &dimension, std::size_t burst) const;
     void readVelocity(Burst &burst, std::size_t index) const;
     void readAmplitude(Burst &burst, std::size_t index) const;
 
@@ -122,13 +124,15 @@ void BurstFileReader::Impl::findBursts() {
     }
     samples = *length;
     if (bursts == 0 || samples == 0) {
-        throw UserError(file.path() + " holds no " + (bursts == 0 ? "bursts" : "samples") + ": its dimension " +
-                        (bursts == 0 ? burstDimension : kSample) + " is empty");
+        throw UserError(file.path() + " holds no " + (bursts == 0 ? "bursts" : "samples") +
+                        ": its dimension " + (bursts == 0 ? burstDimension : kSample) +
+                        " is empty");
     }
 }
 
-std::optional<Column> BurstFileReader::Impl::findColumn(const std::string &name, Quantity quantity,
-                                                        const std::vector<std::string> &shape) const {
+std::optional<Column>
+BurstFileReader::Impl::findColumn(const std::string &name, Quantity quantity,
+                                  const std::vector<std::string> &shape) const {
     const auto variable = file.find(name);
     if (!variable) {
         return std::nullopt;
@@ -173,10 +177,13 @@ void BurstFileReader::Impl::findSeries() {
 
 void BurstFileReader::Impl::findVelocity() {
     const std::array<std::pair<const char *, VelocitySystem>, 3> systems{
-        {{"beam", VelocitySystem::beam}, {"xyz", VelocitySystem::xyz}, {"enu", VelocitySystem::enu}}};
+        {{"beam", VelocitySystem::beam},
+         {"xyz", VelocitySystem::xyz},
+         {"enu", VelocitySystem::enu}}};
     for (const auto &[name, candidate] : systems) {
         const std::string variable = std::string("velocity_") + name;
-        if (const auto column = findColumn(variable, Quantity::velocity, {burstDimension, kSample, name})) {
+        if (const auto column =
+                findColumn(variable, Quantity::velocity, {burstDimension, kSample, name})) {
             requireThree(file, column->variable, name);
             velocity = {*column};
             componentDimension = name;
@@ -186,10 +193,12 @@ void BurstFileReader::Impl::findVelocity() {
     }
     if (velocity.empty()) {
         for (const char *name : {"velocity_east", "velocity_north", "velocity_up"}) {
-            if (const auto column = findColumn(name, Quantity::velocity, {burstDimension, kSample})) {
+            if (const auto column =
+                    findColumn(name, Quantity::velocity, {burstDimension, kSample})) {
                 velocity.push_back(*column);
             } else if (!velocity.empty() && velocity.size() < 2) {
-                throw UserError(std::string(name) + " is missing in " + file.path() + ", which has velocity_east");
+                throw UserError(std::string(name) + " is missing in " + file.path() +
+                                ", which has velocity_east");
             }
         }
         system = velocity.empty() ? VelocitySystem::none : VelocitySystem::enu;
@@ -206,11 +215,13 @@ void BurstFileReader::Impl::findTrack() {
     }
     const std::size_t length = *file.dimensionLength(kTrackSample);
     if (length != 2 * samples) {
-        throw UserError("variable surface_track_distance in " + file.path() + " has " + std::to_string(length) +
-                        " values a burst, expected two for each of the " + std::to_string(samples) + " samples");
+        throw UserError("variable surface_track_distance in " + file.path() + " has " +
+                        std::to_string(length) + " values a burst, expected two for each of the " +
+                        std::to_string(samples) + " samples");
     }
     if (std::abs(instrument.trackSamplingRate - 2.0 * instrument.samplingRate) > 1e-6) {
-        throw UserError("surface_track_sampling_rate in " + file.path() + " must be twice sampling_rate");
+        throw UserError("surface_track_sampling_rate in " + file.path() +
+                        " must be twice sampling_rate");
     }
 }
 
@@ -220,7 +231,8 @@ void BurstFileReader::Impl::findAttitude() {
         if (!variable || overrides.count(kAttitude[i]) != 0) {
             continue;
         }
-        if (!variable->dimensions.empty() && !(variable->dimensions.size() == 1 && variable->axis(burstDimension))) {
+        if (!variable->dimensions.empty() &&
+            !(variable->dimensions.size() == 1 && variable->axis(burstDimension))) {
             requireShape(file, *variable, {burstDimension, kSample});
         }
         attitude[i] = Column{*variable, unitFactor(file, *variable, Quantity::angle)};
@@ -228,7 +240,8 @@ void BurstFileReader::Impl::findAttitude() {
 }
 
 // The values of one burst, in the order of the variable's other dimensions.
-std::vector<double> BurstFileReader::Impl::readSlice(const Column &column, std::size_t burst) const {
+std::vector<double> BurstFileReader::Impl::readSlice(const Column &column,
+                                                     std::size_t burst) const {
     std::vector<std::size_t> start;
     std::vector<std::size_t> count;
     for (const NcDimension &dimension : column.variable.dimensions) {
@@ -243,14 +256,17 @@ std::vector<double> BurstFileReader::Impl::readSlice(const Column &column, std::
     return values;
 }
 
-std::vector<float> BurstFileReader::Impl::readSeries(const Column &column, std::size_t burst) const {
+std::vector<float> BurstFileReader::Impl::readSeries(const Column &column,
+                                                     std::size_t burst) const {
     const std::vector<double> values = readSlice(column, burst);
     std::vector<float> series(values.size());
-    std::transform(values.begin(), values.end(), series.begin(), [](double value) { return static_cast<float>(value); });
+    std::transform(values.begin(), values.end(), series.begin(),
+                   [](double value) { return static_cast<float>(value); });
     return series;
 }
 
-std::array<std::vector<double>, 3> BurstFileReader::Impl::readThree(const Column &column, const std::string &dimension,
+std::array<std::vector<double>, 3> BurstFileReader::Impl::readThree(const Column &column,
+                                                                    const std::string &dimension,
                                                                     std::size_t burst) const {
     const std::vector<double> values = readSlice(column, burst);
     const bool samplesFirst = *column.variable.axis(kSample) < *column.variable.axis(dimension);
@@ -279,8 +295,8 @@ void BurstFileReader::Impl::readVelocity(Burst &burst, std::size_t index) const 
         return;
     }
     for (std::size_t row = 0; row < 3; ++row) {
-        burst.velocity[row] =
-            row < velocity.size() ? readSeries(velocity[row], index) : std::vector<float>(samples, 0.0F);
+        burst.velocity[row] = row < velocity.size() ? readSeries(velocity[row], index)
+                                                    : std::vector<float>(samples, 0.0F);
     }
 }
 
@@ -293,7 +309,8 @@ void BurstFileReader::Impl::readAmplitude(Burst &burst, std::size_t index) const
         burst.amplitude[row].assign(samples, kUnknownAmplitude);
         for (std::size_t i = 0; i < samples; ++i) {
             if (std::isfinite(rows[row][i])) {
-                burst.amplitude[row][i] = static_cast<std::uint16_t>(std::clamp(rows[row][i], 0.0, 65535.0));
+                burst.amplitude[row][i] =
+                    static_cast<std::uint16_t>(std::clamp(rows[row][i], 0.0, 65535.0));
             }
         }
     }
@@ -314,6 +331,11 @@ VelocitySystem BurstFileReader::velocitySystem() const { return impl_->system; }
 
 bool BurstFileReader::hasTrack() const { return impl_->track.has_value(); }
 
+bool BurstFileReader::hasTruth() const {
+    return std::any_of(impl_->truth.begin(), impl_->truth.end(),
+                       [](const auto &column) { return column.has_value(); });
+}
+
 void BurstFileReader::requireAttitude() const {
     for (std::size_t i = 0; i < kAttitude.size(); ++i) {
         if (!impl_->attitude[i] && impl_->overrides.count(kAttitude[i]) == 0) {
@@ -324,7 +346,8 @@ void BurstFileReader::requireAttitude() const {
 
 void BurstFileReader::requireBeams() const {
     if (!impl_->instrument.beamToXyz && impl_->instrument.beamAzimuth.empty()) {
-        throw UserError(missingText("beam_to_xyz", impl_->file.path()) + ", or the azimuths with --set beam_azimuth");
+        throw UserError(missingText("beam_to_xyz", impl_->file.path()) +
+                        ", or the azimuths with --set beam_azimuth");
     }
 }
 
@@ -353,8 +376,9 @@ Burst BurstFileReader::readBurst(std::size_t index) const {
     if (impl.valid) {
         const std::vector<double> flags = impl.readSlice(*impl.valid, index);
         burst.valid.resize(flags.size());
-        std::transform(flags.begin(), flags.end(), burst.valid.begin(),
-                       [](double flag) { return static_cast<std::uint8_t>(flag != 0.0 && !std::isnan(flag)); });
+        std::transform(flags.begin(), flags.end(), burst.valid.begin(), [](double flag) {
+            return static_cast<std::uint8_t>(flag != 0.0 && !std::isnan(flag));
+        });
     }
     return burst;
 }

@@ -22,14 +22,19 @@ struct TruthVariable {
 };
 
 inline constexpr std::array<TruthVariable, 9> kTruthVariables{{
-    {"true_significant_height", "m", "four square roots of the sea spectrum's m0", &Truth::significantHeight},
-    {"true_realised_height", "m", "four standard deviations of the surface above the head", &Truth::realisedHeight},
+    {"true_significant_height", "m", "four square roots of the sea spectrum's m0",
+     &Truth::significantHeight},
+    {"true_realised_height", "m", "four standard deviations of the surface above the head",
+     &Truth::realisedHeight},
     {"true_peak_period", "s", "period of the sea spectrum's peak", &Truth::peakPeriod},
-    {"true_peak_direction", "degree", "direction that waves at the peak come from", &Truth::peakDirection},
-    {"true_mean_direction", "degree", "energy-weighted direction that waves come from", &Truth::meanDirection},
+    {"true_peak_direction", "degree", "direction that waves at the peak come from",
+     &Truth::peakDirection},
+    {"true_mean_direction", "degree", "energy-weighted direction that waves come from",
+     &Truth::meanDirection},
     {"true_peak_spread", "degree", "directional spread at the peak", &Truth::peakSpread},
     {"true_current_speed", "m s-1", "speed of the depth-mean current", &Truth::currentSpeed},
-    {"true_current_direction", "degree", "direction that the current goes to", &Truth::currentDirection},
+    {"true_current_direction", "degree", "direction that the current goes to",
+     &Truth::currentDirection},
     {"true_water_depth", "m", "mean water depth", &Truth::waterDepth},
 }};
 
@@ -49,6 +54,7 @@ public:
     [[nodiscard]] std::size_t sampleCount() const; // of each burst
     [[nodiscard]] VelocitySystem velocitySystem() const;
     [[nodiscard]] bool hasTrack() const;
+    [[nodiscard]] bool hasTruth() const;
     // Throws UserError when nothing tells heading, pitch and roll.
     void requireAttitude() const;
     // Throws UserError when nothing tells how the slanted beams stand in the instrument.
@@ -66,8 +72,9 @@ private:
 class BurstFileWriter {
 public:
     // `samples` and `trackSamples` a burst (trackSamples 0: no surface track); attributes become global text attributes.
-    BurstFileWriter(const std::string &path, const Instrument &instrument, VelocitySystem system, std::size_t samples,
-                    std::size_t trackSamples, const std::map<std::string, std::string> &attributes);
+    BurstFileWriter(const std::string &path, const Instrument &instrument, VelocitySystem system,
+                    std::size_t samples, std::size_t trackSamples,
+                    const std::map<std::string, std::string> &attributes);
     ~BurstFileWriter();
     BurstFileWriter(const BurstFileWriter &) = delete;
     BurstFileWriter &operator=(const BurstFileWriter &) = delete;

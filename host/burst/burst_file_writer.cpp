@@ -47,8 +47,10 @@ struct ScalarVariable {
 constexpr ScalarVariable kScalars[] = {
     {"sampling_rate", "Hz", "sampling rate of pressure and velocity", &Instrument::samplingRate},
     {"acoustic_frequency", "Hz", "acoustic frequency", &Instrument::acousticFrequency},
-    {"beam_slant_angle", "degree", "slant of the velocity beams from the vertical", &Instrument::slantAngle},
-    {"cell_range", "m", "distance from the head to the measurement cell along the beam", &Instrument::cellRange},
+    {"beam_slant_angle", "degree", "slant of the velocity beams from the vertical",
+     &Instrument::slantAngle},
+    {"cell_range", "m", "distance from the head to the measurement cell along the beam",
+     &Instrument::cellRange},
     {"cell_size", "m", "length of the measurement cell along the beam", &Instrument::cellSize},
     {"pressure_sensor_height_above_bed", "m", "height of the pressure sensor above the bed",
      &Instrument::pressureHeight},
@@ -69,7 +71,8 @@ std::vector<Value> interleaved(const std::array<std::vector<Value>, 3> &rows, st
 } // namespace
 
 struct BurstFileWriter::Impl {
-    Impl(const std::string &path, VelocitySystem velocitySystem, std::size_t sampleCount, std::size_t trackCount)
+    Impl(const std::string &path, VelocitySystem velocitySystem, std::size_t sampleCount,
+         std::size_t trackCount)
         : file(path), system(velocitySystem), samples(sampleCount), trackSamples(trackCount) {}
 
     void defineInstrument(const Instrument &instrument);
@@ -102,28 +105,32 @@ struct BurstFileWriter::Impl {
 
 void BurstFileWriter::Impl::defineInstrument(const Instrument &instrument) {
     for (const ScalarVariable &scalar : kScalars) {
-        scalars.push_back(
-            file.addVariable(scalar.name, NC_DOUBLE, {}, {{"units", scalar.units}, {"long_name", scalar.longName}}));
+        scalars.push_back(file.addVariable(
+            scalar.name, NC_DOUBLE, {}, {{"units", scalar.units}, {"long_name", scalar.longName}}));
     }
     if (trackSamples > 0) {
-        trackRate = file.addVariable("surface_track_sampling_rate", NC_DOUBLE, {},
-                                     {{"units", "Hz"}, {"long_name", "sampling rate of the surface track"}});
+        trackRate = file.addVariable(
+            "surface_track_sampling_rate", NC_DOUBLE, {},
+            {{"units", "Hz"}, {"long_name", "sampling rate of the surface track"}});
     }
-    instrumentType =
-        file.addVariable("instrument_type", NC_INT, {}, {{"units", "1"}, {"long_name", "instrument type code"}});
-    pings = file.addVariable("pings_per_sample", NC_INT, {},
-                             {{"units", "1"}, {"long_name", "acoustic pings averaged into a sample"}});
+    instrumentType = file.addVariable("instrument_type", NC_INT, {},
+                                      {{"units", "1"}, {"long_name", "instrument type code"}});
+    pings =
+        file.addVariable("pings_per_sample", NC_INT, {},
+                         {{"units", "1"}, {"long_name", "acoustic pings averaged into a sample"}});
     beamDimension = file.addDimension("beam", 3);
     if (!instrument.beamAzimuth.empty()) {
         azimuth = file.addVariable(
             "beam_azimuth", NC_DOUBLE, {beamDimension},
-            {{"units", "degree"}, {"long_name", "azimuth of the slanted beams from X towards Y, seen from above"}});
+            {{"units", "degree"},
+             {"long_name", "azimuth of the slanted beams from X towards Y, seen from above"}});
     }
     if (instrument.beamToXyz) {
         const int xyz = file.addDimension("xyz", 3);
         matrix = file.addVariable(
             "beam_to_xyz", NC_DOUBLE, {xyz, beamDimension},
-            {{"units", "1"}, {"long_name", "turns along-beam velocities into instrument axes, Z up"}});
+            {{"units", "1"},
+             {"long_name", "turns along-beam velocities into instrument axes, Z up"}});
     }
 }
 
@@ -138,12 +145,13 @@ void BurstFileWriter::Impl::defineBursts() {
                              {"long_name", "start of the burst"}});
     const std::array<const char *, 3> names{"heading", "pitch", "roll"};
     for (std::size_t i = 0; i < names.size(); ++i) {
-        attitude[i] =
-            file.addVariable(names[i], NC_DOUBLE, byBurst, {{"units", "degree"}, {"long_name", names[i]}});
+        attitude[i] = file.addVariable(names[i], NC_DOUBLE, byBurst,
+                                       {{"units", "degree"}, {"long_name", names[i]}});
     }
-    pressure = file.addVariable(
-        "pressure", NC_FLOAT, bySample,
-        {{"units", "dbar"}, {"long_name", "pressure relative to the atmosphere"}, {"standard_name", "sea_water_pressure"}});
+    pressure = file.addVariable("pressure", NC_FLOAT, bySample,
+                                {{"units", "dbar"},
+                                 {"long_name", "pressure relative to the atmosphere"},
+                                 {"standard_name", "sea_water_pressure"}});
     if (system != VelocitySystem::none) {
         const std::string name = systemName(system);
         int components = beamDimension;
@@ -152,22 +160,26 @@ void BurstFileWriter::Impl::defineBursts() {
         } else if (system == VelocitySystem::xyz) {
             components = file.dimension("xyz");
         }
-        velocity = file.addVariable("velocity_" + name, NC_FLOAT, {timeDimension, sampleDimension, components},
+        velocity = file.addVariable("velocity_" + name, NC_FLOAT,
+                                    {timeDimension, sampleDimension, components},
                                     {{"units", "m s-1"}, {"long_name", systemLongName(system)}});
-        amplitude = file.addVariable("amplitude", NC_USHORT, {timeDimension, sampleDimension, beamDimension},
+        amplitude = file.addVariable("amplitude", NC_USHORT,
+                                     {timeDimension, sampleDimension, beamDimension},
                                      {{"units", "count"}, {"long_name", "echo strength"}});
         file.setFill(amplitude, kMissingAmplitude);
     }
     if (trackSamples > 0) {
-        track = file.addVariable("surface_track_distance", NC_FLOAT,
-                                 {timeDimension, file.addDimension("surface_track_sample", trackSamples)},
-                                 {{"units", "m"}, {"long_name", "distance from the head to the surface"}});
+        track = file.addVariable(
+            "surface_track_distance", NC_FLOAT,
+            {timeDimension, file.addDimension("surface_track_sample", trackSamples)},
+            {{"units", "m"}, {"long_name", "distance from the head to the surface"}});
     }
     valid = file.addVariable("sample_valid", NC_UBYTE, bySample,
                              {{"units", "1"}, {"long_name", "0 marks a missing sample"}});
     for (std::size_t i = 0; i < kTruthVariables.size(); ++i) {
-        truth[i] = file.addVariable(kTruthVariables[i].name, NC_DOUBLE, byBurst,
-                                    {{"units", kTruthVariables[i].units}, {"long_name", kTruthVariables[i].longName}});
+        truth[i] = file.addVariable(
+            kTruthVariables[i].name, NC_DOUBLE, byBurst,
+            {{"units", kTruthVariables[i].units}, {"long_name", kTruthVariables[i].longName}});
     }
 }
 
@@ -188,8 +200,9 @@ void BurstFileWriter::Impl::writeInstrument(const Instrument &instrument) {
     }
 }
 
-BurstFileWriter::BurstFileWriter(const std::string &path, const Instrument &instrument, VelocitySystem system,
-                                 std::size_t samples, std::size_t trackSamples,
+BurstFileWriter::BurstFileWriter(const std::string &path, const Instrument &instrument,
+                                 VelocitySystem system, std::size_t samples,
+                                 std::size_t trackSamples,
                                  const std::map<std::string, std::string> &attributes)
     : impl_(std::make_unique<Impl>(path, system, samples, trackSamples)) {
     impl_->file.setText(NC_GLOBAL, "Conventions", "CF-1.8");
@@ -216,17 +229,20 @@ void BurstFileWriter::append(const Burst &burst, const Truth &truth) {
     }
     impl.file.write(impl.pressure, {row, 0}, {1, impl.samples}, burst.pressure);
     if (impl.velocity >= 0) {
-        impl.file.write(impl.velocity, {row, 0, 0}, {1, impl.samples, 3}, interleaved(burst.velocity, impl.samples));
-        const std::vector<unsigned short> strengths = burst.amplitude[0].empty()
-                                                          ? std::vector<unsigned short>(3 * impl.samples, kMissingAmplitude)
-                                                          : interleaved(burst.amplitude, impl.samples);
+        impl.file.write(impl.velocity, {row, 0, 0}, {1, impl.samples, 3},
+                        interleaved(burst.velocity, impl.samples));
+        const std::vector<unsigned short> strengths =
+            burst.amplitude[0].empty()
+                ? std::vector<unsigned short>(3 * impl.samples, kMissingAmplitude)
+                : interleaved(burst.amplitude, impl.samples);
         impl.file.write(impl.amplitude, {row, 0, 0}, {1, impl.samples, 3}, strengths);
     }
     if (impl.track >= 0) {
         impl.file.write(impl.track, {row, 0}, {1, impl.trackSamples}, burst.surfaceTrack);
     }
     const std::vector<unsigned char> allValid(impl.samples, 1);
-    impl.file.write(impl.valid, {row, 0}, {1, impl.samples}, burst.valid.empty() ? allValid : burst.valid);
+    impl.file.write(impl.valid, {row, 0}, {1, impl.samples},
+                    burst.valid.empty() ? allValid : burst.valid);
     for (std::size_t i = 0; i < kTruthVariables.size(); ++i) {
         impl.file.write(impl.truth[i], {row}, truth.*kTruthVariables[i].field);
     }

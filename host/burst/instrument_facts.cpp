@@ -67,7 +67,8 @@ std::vector<double> parseNumbers(const std::string &name, const std::string &tex
 
 class FactSource {
 public:
-    FactSource(const NcReader &file, const Overrides &overrides) : file_(file), overrides_(overrides) {}
+    FactSource(const NcReader &file, const Overrides &overrides)
+        : file_(file), overrides_(overrides) {}
 
     // The user's value, else the file's in the unit of burst files, else nothing.
     [[nodiscard]] std::optional<std::vector<double>> numbers(const std::string &name) const {
@@ -81,8 +82,8 @@ public:
         const Fact &fact = *findFact(name);
         if (variable->size() != fact.count) {
             throw UserError("variable " + name + " in " + file_.path() + " has the dimensions " +
-                            variable->shapeText() + " and " + std::to_string(variable->size()) + " values, expected " +
-                            std::to_string(fact.count));
+                            variable->shapeText() + " and " + std::to_string(variable->size()) +
+                            " values, expected " + std::to_string(fact.count));
         }
         const double factor = unitFactor(file_, *variable, fact.quantity);
         std::vector<double> values = file_.readAll(*variable);
@@ -113,8 +114,8 @@ public:
         double value = fallback;
         number(name, value);
         if (value != std::floor(value) || value < least || value > most) {
-            throw UserError(name + where(name) + " must be a whole number from " + std::to_string(least) + " to " +
-                            std::to_string(most));
+            throw UserError(name + where(name) + " must be a whole number from " +
+                            std::to_string(least) + " to " + std::to_string(most));
         }
         return static_cast<int>(value);
     }
@@ -139,10 +140,12 @@ std::array<double, 9> matrixByRows(const std::vector<double> &values, bool trans
     return matrix;
 }
 
-void readBeams(const FactSource &source, const NcReader &file, const Overrides &overrides, Instrument &instrument) {
+void readBeams(const FactSource &source, const NcReader &file, const Overrides &overrides,
+               Instrument &instrument) {
     source.number("beam_slant_angle", instrument.slantAngle);
     if (instrument.slantAngle <= 0.0 || instrument.slantAngle >= 90.0) {
-        throw UserError("beam_slant_angle" + source.where("beam_slant_angle") + " must lie between 0 and 90 degrees");
+        throw UserError("beam_slant_angle" + source.where("beam_slant_angle") +
+                        " must lie between 0 and 90 degrees");
     }
     if (const auto azimuths = source.numbers("beam_azimuth")) {
         instrument.beamAzimuth = *azimuths;
@@ -150,7 +153,8 @@ void readBeams(const FactSource &source, const NcReader &file, const Overrides &
     if (const auto values = source.numbers("beam_to_xyz")) {
         const auto variable = file.find("beam_to_xyz");
         const bool fromFile = overrides.count("beam_to_xyz") == 0;
-        const bool transposed = fromFile && variable->axis("beam") == 0 && variable->axis("xyz") == 1;
+        const bool transposed =
+            fromFile && variable->axis("beam") == 0 && variable->axis("xyz") == 1;
         instrument.beamToXyz = matrixByRows(*values, transposed);
     }
 }
@@ -181,13 +185,14 @@ void checkOverrides(const Overrides &overrides) {
         }
         if (parseNumbers(name, text).size() != fact->count) {
             throw UsageError("--set " + name + " takes " + std::to_string(fact->count) +
-                             (fact->count == 1 ? " number" : " numbers separated by commas") + ": " + name + "=" +
-                             fact->placeholder);
+                             (fact->count == 1 ? " number" : " numbers separated by commas") +
+                             ": " + name + "=" + fact->placeholder);
         }
     }
 }
 
-std::optional<std::vector<double>> overrideNumbers(const Overrides &overrides, const std::string &name) {
+std::optional<std::vector<double>> overrideNumbers(const Overrides &overrides,
+                                                   const std::string &name) {
     const auto found = overrides.find(name);
     if (found == overrides.end()) {
         return std::nullopt;
@@ -197,7 +202,8 @@ std::optional<std::vector<double>> overrideNumbers(const Overrides &overrides, c
 
 std::string missingText(const std::string &name, const std::string &path) {
     const Fact *fact = findFact(name);
-    return name + " is missing in " + path + ": give it with --set " + name + "=" + fact->placeholder;
+    return name + " is missing in " + path + ": give it with --set " + name + "=" +
+           fact->placeholder;
 }
 
 Instrument readInstrument(const NcReader &file, const Overrides &overrides) {

@@ -15,7 +15,8 @@ namespace orvik {
 void checkOverrides(const Overrides &overrides);
 
 // The user's numbers for `name`, if given.
-std::optional<std::vector<double>> overrideNumbers(const Overrides &overrides, const std::string &name);
+std::optional<std::vector<double>> overrideNumbers(const Overrides &overrides,
+                                                   const std::string &name);
 
 // "cell_range is missing in FILE: give it with --set cell_range=METRES"
 std::string missingText(const std::string &name, const std::string &path);

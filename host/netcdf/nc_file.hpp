@@ -40,12 +40,15 @@ public:
     [[nodiscard]] std::vector<NcVariable> variables() const;
     [[nodiscard]] std::optional<NcVariable> find(const std::string &name) const;
     // Attribute of a variable, or of the file when `variable` is null.
-    [[nodiscard]] std::optional<std::string> text(const NcVariable *variable, const std::string &attribute) const;
-    [[nodiscard]] std::optional<double> number(const NcVariable &variable, const std::string &attribute) const;
+    [[nodiscard]] std::optional<std::string> text(const NcVariable *variable,
+                                                  const std::string &attribute) const;
+    [[nodiscard]] std::optional<double> number(const NcVariable &variable,
+                                               const std::string &attribute) const;
 
     // Values with scale_factor and add_offset applied; fill and missing values are NaN. One start and count for each
     // of the variable's dimensions.
-    [[nodiscard]] std::vector<double> read(const NcVariable &variable, const std::vector<std::size_t> &start,
+    [[nodiscard]] std::vector<double> read(const NcVariable &variable,
+                                           const std::vector<std::size_t> &start,
                                            const std::vector<std::size_t> &count) const;
     [[nodiscard]] std::vector<double> readAll(const NcVariable &variable) const;
 
@@ -70,22 +73,23 @@ public:
     using Attributes = std::vector<std::pair<std::string, std::string>>;
 
     int addDimension(const std::string &name, std::size_t length); // length NC_UNLIMITED grows
-    [[nodiscard]] int dimension(const std::string &name) const; // one added before
+    [[nodiscard]] int dimension(const std::string &name) const;    // one added before
     // Floating-point variables get the fill value NaN, integer ones none. Variables with dimensions are deflated.
     int addVariable(const std::string &name, nc_type type, const std::vector<int> &dimensions,
                     const Attributes &attributes);
     void setFill(int variable, unsigned short value);
-    void setText(int variable, const std::string &attribute, const std::string &value); // NC_GLOBAL: the file
+    void setText(int variable, const std::string &attribute,
+                 const std::string &value); // NC_GLOBAL: the file
     void setNumber(int variable, const std::string &attribute, double value);
     void setIntegers(int variable, const std::string &attribute, const std::vector<int> &values);
     void endDefinitions();
 
-    void write(int variable, const std::vector<std::size_t> &start, const std::vector<std::size_t> &count,
-               const std::vector<float> &values);
-    void write(int variable, const std::vector<std::size_t> &start, const std::vector<std::size_t> &count,
-               const std::vector<unsigned short> &values);
-    void write(int variable, const std::vector<std::size_t> &start, const std::vector<std::size_t> &count,
-               const std::vector<unsigned char> &values);
+    void write(int variable, const std::vector<std::size_t> &start,
+               const std::vector<std::size_t> &count, const std::vector<float> &values);
+    void write(int variable, const std::vector<std::size_t> &start,
+               const std::vector<std::size_t> &count, const std::vector<unsigned short> &values);
+    void write(int variable, const std::vector<std::size_t> &start,
+               const std::vector<std::size_t> &count, const std::vector<unsigned char> &values);
     void write(int variable, const std::vector<std::size_t> &start, double value);
     void writeScalar(int variable, double value) { write(variable, {}, value); }
 

@@ -95,7 +95,8 @@ std::optional<NcVariable> NcReader::find(const std::string &name) const {
     return describe(id);
 }
 
-std::optional<std::string> NcReader::text(const NcVariable *variable, const std::string &attribute) const {
+std::optional<std::string> NcReader::text(const NcVariable *variable,
+                                          const std::string &attribute) const {
     const int id = variable != nullptr ? variable->id : NC_GLOBAL;
     nc_type type = NC_NAT;
     std::size_t length = 0;
@@ -118,7 +119,8 @@ std::optional<std::string> NcReader::text(const NcVariable *variable, const std:
     return value;
 }
 
-std::optional<double> NcReader::number(const NcVariable &variable, const std::string &attribute) const {
+std::optional<double> NcReader::number(const NcVariable &variable,
+                                       const std::string &attribute) const {
     nc_type type = NC_NAT;
     std::size_t length = 0;
     if (nc_inq_att(id_, variable.id, attribute.c_str(), &type, &length) != NC_NOERR) {
@@ -127,7 +129,8 @@ std::optional<double> NcReader::number(const NcVariable &variable, const std::st
     double value = 0.0;
     if (type == NC_CHAR || type == NC_STRING || length != 1 ||
         nc_get_att_double(id_, variable.id, attribute.c_str(), &value) != NC_NOERR) {
-        throw UserError("attribute " + attribute + " of " + variable.name + " in " + path_ + " must be one number");
+        throw UserError("attribute " + attribute + " of " + variable.name + " in " + path_ +
+                        " must be one number");
     }
     return value;
 }
@@ -162,14 +165,16 @@ std::vector<double> NcReader::markers(const NcVariable &variable) const {
     }
 }
 
-std::vector<double> NcReader::read(const NcVariable &variable, const std::vector<std::size_t> &start,
+std::vector<double> NcReader::read(const NcVariable &variable,
+                                   const std::vector<std::size_t> &start,
                                    const std::vector<std::size_t> &count) const {
     std::size_t total = 1;
     for (const std::size_t length : count) {
         total *= length;
     }
     std::vector<double> values(total);
-    check(nc_get_vara_double(id_, variable.id, start.data(), count.data(), values.data()), "variable " + variable.name);
+    check(nc_get_vara_double(id_, variable.id, start.data(), count.data(), values.data()),
+          "variable " + variable.name);
     const std::vector<double> missing = markers(variable);
     const double scale = number(variable, "scale_factor").value_or(1.0);
     const double offset = number(variable, "add_offset").value_or(0.0);

@@ -21,7 +21,8 @@ constexpr int kDeflateLevel = 4;
 // A hidden neighbour of `path`, so that the final rename stays on one file system.
 std::string temporaryName(const std::string &path) {
     const std::filesystem::path target(path);
-    const std::string name = "." + target.filename().string() + "." + std::to_string(getpid()) + ".part";
+    const std::string name =
+        "." + target.filename().string() + "." + std::to_string(getpid()) + ".part";
     return (target.parent_path() / name).string();
 }
 
@@ -34,7 +35,8 @@ bool isDirectory(const std::string &path) {
 
 NcWriter::NcWriter(const std::string &path) : path_(path), temporaryPath_(temporaryName(path)) {
     if (path.empty() || isDirectory(path)) {
-        throw UserError("cannot write " + (path.empty() ? "a file without a name" : path + ": it is a directory"));
+        throw UserError("cannot write " +
+                        (path.empty() ? "a file without a name" : path + ": it is a directory"));
     }
     const int status = nc_create(temporaryPath_.c_str(), NC_NETCDF4 | NC_CLOBBER, &id_);
     if (status != NC_NOERR) {
@@ -56,7 +58,8 @@ NcWriter::~NcWriter() {
 
 void NcWriter::check(int status, const std::string &what) const {
     if (status != NC_NOERR) {
-        throw UserError("cannot write " + what + " to " + path_ + ": " + nc_strerror(status) + " (is the disk full?)");
+        throw UserError("cannot write " + what + " to " + path_ + ": " + nc_strerror(status) +
+                        " (is the disk full?)");
     }
 }
 
@@ -66,8 +69,8 @@ void NcWriter::checkCount(const std::vector<std::size_t> &count, std::size_t val
         total *= length;
     }
     if (total != values) {
-        throw std::logic_error("a write to " + path_ + " has " + std::to_string(values) + " values for " +
-                               std::to_string(total) + " places");
+        throw std::logic_error("a write to " + path_ + " has " + std::to_string(values) +
+                               " values for " + std::to_string(total) + " places");
     }
 }
 
@@ -86,7 +89,8 @@ int NcWriter::dimension(const std::string &name) const {
 int NcWriter::addVariable(const std::string &name, nc_type type, const std::vector<int> &dimensions,
                           const Attributes &attributes) {
     int variable = -1;
-    check(nc_def_var(id_, name.c_str(), type, static_cast<int>(dimensions.size()), dimensions.data(), &variable),
+    check(nc_def_var(id_, name.c_str(), type, static_cast<int>(dimensions.size()),
+                     dimensions.data(), &variable),
           "variable " + name);
     if (!dimensions.empty()) {
         check(nc_def_var_deflate(id_, variable, 1, 1, kDeflateLevel), "variable " + name);
@@ -109,33 +113,38 @@ void NcWriter::setFill(int variable, unsigned short value) {
 }
 
 void NcWriter::setText(int variable, const std::string &attribute, const std::string &value) {
-    check(nc_put_att_text(id_, variable, attribute.c_str(), value.size(), value.data()), "attribute " + attribute);
+    check(nc_put_att_text(id_, variable, attribute.c_str(), value.size(), value.data()),
+          "attribute " + attribute);
 }
 
 void NcWriter::setNumber(int variable, const std::string &attribute, double value) {
-    check(nc_put_att_double(id_, variable, attribute.c_str(), NC_DOUBLE, 1, &value), "attribute " + attribute);
+    check(nc_put_att_double(id_, variable, attribute.c_str(), NC_DOUBLE, 1, &value),
+          "attribute " + attribute);
 }
 
-void NcWriter::setIntegers(int variable, const std::string &attribute, const std::vector<int> &values) {
+void NcWriter::setIntegers(int variable, const std::string &attribute,
+                           const std::vector<int> &values) {
     check(nc_put_att_int(id_, variable, attribute.c_str(), NC_INT, values.size(), values.data()),
           "attribute " + attribute);
 }
 
 void NcWriter::endDefinitions() { check(nc_enddef(id_), "the header"); }
 
-void NcWriter::write(int variable, const std::vector<std::size_t> &start, const std::vector<std::size_t> &count,
-                     const std::vector<float> &values) {
+void NcWriter::write(int variable, const std::vector<std::size_t> &start,
+                     const std::vector<std::size_t> &count, const std::vector<float> &values) {
     checkCount(count, values.size());
     check(nc_put_vara_float(id_, variable, start.data(), count.data(), values.data()), "data");
 }
 
-void NcWriter::write(int variable, const std::vector<std::size_t> &start, const std::vector<std::size_t> &count,
+void NcWriter::write(int variable, const std::vector<std::size_t> &start,
+                     const std::vector<std::size_t> &count,
                      const std::vector<unsigned short> &values) {
     checkCount(count, values.size());
     check(nc_put_vara_ushort(id_, variable, start.data(), count.data(), values.data()), "data");
 }
 
-void NcWriter::write(int variable, const std::vector<std::size_t> &start, const std::vector<std::size_t> &count,
+void NcWriter::write(int variable, const std::vector<std::size_t> &start,
+                     const std::vector<std::size_t> &count,
                      const std::vector<unsigned char> &values) {
     checkCount(count, values.size());
     check(nc_put_vara_uchar(id_, variable, start.data(), count.data(), values.data()), "data");
@@ -149,7 +158,8 @@ void NcWriter::commit() {
     open_ = false;
     check(nc_close(id_), "data");
     if (std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
-        throw UserError("cannot give the finished file its name " + path_ + ": " + std::strerror(errno));
+        throw UserError("cannot give the finished file its name " + path_ + ": " +
+                        std::strerror(errno));
     }
     temporaryPath_.clear();
 }

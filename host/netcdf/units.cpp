@@ -43,9 +43,10 @@ constexpr Spelling kSpellings[] = {
 };
 
 constexpr std::pair<const char *, double> kTimeSteps[] = {
-    {"second", 1.0},      {"seconds", 1.0}, {"sec", 1.0},     {"s", 1.0},      {"millisecond", 1e-3}, {"milliseconds", 1e-3},
-    {"minute", 60.0},     {"minutes", 60.0}, {"min", 60.0},   {"hour", 3600.0}, {"hours", 3600.0},     {"h", 3600.0},
-    {"day", 86400.0},     {"days", 86400.0}, {"d", 86400.0},
+    {"second", 1.0},       {"seconds", 1.0},       {"sec", 1.0},      {"s", 1.0},
+    {"millisecond", 1e-3}, {"milliseconds", 1e-3}, {"minute", 60.0},  {"minutes", 60.0},
+    {"min", 60.0},         {"hour", 3600.0},       {"hours", 3600.0}, {"h", 3600.0},
+    {"day", 86400.0},      {"days", 86400.0},      {"d", 86400.0},
 };
 
 const char *expectedUnit(Quantity quantity) {
@@ -74,7 +75,8 @@ bool parseEpoch(const std::string &text, double &seconds) {
     if (std::sscanf(text.c_str(), "%d-%u-%u%n", &year, &month, &day, &used) != 3) {
         return false;
     }
-    const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month{month}, std::chrono::day{day}};
+    const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month{month},
+                                           std::chrono::day{day}};
     if (!date.ok()) {
         return false;
     }
@@ -84,14 +86,15 @@ bool parseEpoch(const std::string &text, double &seconds) {
     std::string rest = text.substr(static_cast<std::size_t>(used));
     if (!trimmed(rest).empty()) {
         int usedByClock = 0;
-        const int fields = std::sscanf(rest.c_str(), "%*[ T]%d:%d%n:%lf%n", &hour, &minute, &usedByClock, &second,
-                                       &usedByClock);
+        const int fields = std::sscanf(rest.c_str(), "%*[ T]%d:%d%n:%lf%n", &hour, &minute,
+                                       &usedByClock, &second, &usedByClock);
         if (fields < 2) {
             return false;
         }
         rest = trimmed(rest.substr(static_cast<std::size_t>(usedByClock)));
     }
-    if (!rest.empty() && rest != "Z" && rest != "UTC" && rest != "+00:00" && rest != "0:00" && rest != "+0:00") {
+    if (!rest.empty() && rest != "Z" && rest != "UTC" && rest != "+00:00" && rest != "0:00" &&
+        rest != "+0:00") {
         return false;
     }
     const auto days = std::chrono::sys_days{date}.time_since_epoch().count();
@@ -104,8 +107,8 @@ bool parseEpoch(const std::string &text, double &seconds) {
 double unitFactor(const NcReader &file, const NcVariable &variable, Quantity quantity) {
     const auto units = file.text(&variable, "units");
     if (!units && quantity != Quantity::plain) {
-        throw UserError("variable " + variable.name + " in " + file.path() + " has no units attribute, expected \"" +
-                        expectedUnit(quantity) + "\"");
+        throw UserError("variable " + variable.name + " in " + file.path() +
+                        " has no units attribute, expected \"" + expectedUnit(quantity) + "\"");
     }
     const std::string text = trimmed(units.value_or(""));
     for (const Spelling &spelling : kSpellings) {
@@ -113,8 +116,8 @@ double unitFactor(const NcReader &file, const NcVariable &variable, Quantity qua
             return spelling.factor;
         }
     }
-    throw UserError("variable " + variable.name + " in " + file.path() + " is in \"" + text + "\", expected \"" +
-                    expectedUnit(quantity) + "\"");
+    throw UserError("variable " + variable.name + " in " + file.path() + " is in \"" + text +
+                    "\", expected \"" + expectedUnit(quantity) + "\"");
 }
 
 TimeUnit timeUnit(const NcReader &file, const NcVariable &variable) {
@@ -123,7 +126,8 @@ TimeUnit timeUnit(const NcReader &file, const NcVariable &variable) {
     if (since != std::string::npos) {
         TimeUnit unit;
         for (const auto &[name, seconds] : kTimeSteps) {
-            if (trimmed(text.substr(0, since)) == name && parseEpoch(trimmed(text.substr(since + 7)), unit.epoch)) {
+            if (trimmed(text.substr(0, since)) == name &&
+                parseEpoch(trimmed(text.substr(since + 7)), unit.epoch)) {
                 unit.scale = seconds;
                 return unit;
             }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
+#include <numeric>
 
 #include "burst/geometry.hpp"
 #include "run/beam_timing.hpp"
@@ -18,7 +19,7 @@ namespace {
 constexpr double kMatrixOne = 4096.0; // an entry of 1 in the library's integer matrix
 constexpr double kSlowRate = 0.75;    // [Hz] rate code 0
 constexpr double kSlowFrequency = 400000.0;
-constexpr int kBeams = 7;        // estimate mask: three slanted beams
+constexpr int kBeams = 7;          // estimate mask: three slanted beams
 constexpr int kBeamsAndTrack = 15; // and the surface track of the vertical beam
 constexpr int kProfileType = 16;
 
@@ -33,8 +34,9 @@ std::int32_t rateCode(const Instrument &instrument) {
         return 0;
     }
     if (!(rate >= 1.0) || rate != std::floor(rate) || rate > 1000.0) {
-        throw UserError("sampling_rate " + std::to_string(rate) +
-                        " Hz cannot be processed: it must be a whole number of Hz, or 0.75 Hz at 400 kHz");
+        throw UserError(
+            "sampling_rate " + std::to_string(rate) +
+            " Hz cannot be processed: it must be a whole number of Hz, or 0.75 Hz at 400 kHz");
     }
     return static_cast<std::int32_t>(rate);
 }
@@ -46,9 +48,11 @@ std::int16_t cellCounts(const Instrument &instrument) {
     return static_cast<std::int16_t>(std::clamp(counts, 1.0, 32767.0));
 }
 
-OVInstrumentConfig configuration(const Instrument &instrument, const Matrix3 &beamToXyz, int method) {
+OVInstrumentConfig configuration(const Instrument &instrument, const Matrix3 &beamToXyz,
+                                 int method) {
     if (instrument.instrumentType == kProfileType) {
-        throw UserError("instrument_type 16 is a profile instrument: bursts of whole profiles cannot be processed");
+        throw UserError("instrument_type 16 is a profile instrument: bursts of whole profiles "
+                        "cannot be processed");
     }
     OVInstrumentConfig config{};
     config.attitudeMode = usesEarthVelocities(method) ? OV_VELOCITY_ENU : OV_VELOCITY_BEAM;
@@ -61,14 +65,16 @@ OVInstrumentConfig configuration(const Instrument &instrument, const Matrix3 &be
     for (std::size_t i = 0; i < beamToXyz.size(); ++i) {
         const double entry = std::round(beamToXyz[i] * kMatrixOne);
         if (!(std::abs(entry) <= 32767.0)) {
-            throw UserError("beam_to_xyz has an entry of 8 or more: the beams stand too close to one plane");
+            throw UserError(
+                "beam_to_xyz has an entry of 8 or more: the beams stand too close to one plane");
         }
         config.transformMatrix[i] = static_cast<std::int16_t>(entry);
     }
     return config;
 }
 
-OVProcessingParameters libraryParameters(const Instrument &instrument, const ProcessingChoices &choices) {
+OVProcessingParameters libraryParameters(const Instrument &instrument,
+                                         const ProcessingChoices &choices) {
     OVProcessingParameters parameters{};
     parameters.processingMethod = choices.method;
     parameters.freqMin = static_cast<float>(choices.freqMin);
@@ -80,7 +86,8 @@ OVProcessingParameters libraryParameters(const Instrument &instrument, const Pro
     parameters.headingOffset = static_cast<float>(instrument.declination);
     parameters.dirBandWidth = choices.dirBandWidth;
     parameters.specBandWidth = choices.specBandWidth;
-    parameters.directionalInputMode = choices.directionalInputMode.value_or(usesTrack(choices.method) ? 2 : 0);
+    parameters.directionalInputMode =
+        choices.directionalInputMode.value_or(usesTrack(choices.method) ? 2 : 0);
     parameters.estimateMask = usesTrack(choices.method) ? kBeamsAndTrack : kBeams;
     parameters.nDirections = choices.nDirections;
     parameters.reverseDirections = choices.comingFrom ? 1 : 0;
@@ -91,7 +98,8 @@ OVProcessingParameters libraryParameters(const Instrument &instrument, const Pro
 std::vector<std::uint8_t> presentSamples(const Burst &burst) {
     std::vector<std::uint8_t> present(burst.pressure.size(), 1);
     for (std::size_t i = 0; i < present.size(); ++i) {
-        bool complete = (burst.valid.empty() || burst.valid.at(i) != 0) && std::isfinite(burst.pressure[i]);
+        bool complete =
+            (burst.valid.empty() || burst.valid.at(i) != 0) && std::isfinite(burst.pressure[i]);
         for (const std::vector<float> &series : burst.velocity) {
             complete = complete && (series.empty() || std::isfinite(series.at(i)));
         }
@@ -115,7 +123,8 @@ Velocities withGaps(const Velocities &velocity, const std::vector<std::uint8_t> 
 Velocities turned(const Velocities &velocity, const Matrix3 &matrix) {
     Velocities result = velocity;
     for (std::size_t i = 0; i < velocity[0].size(); ++i) {
-        const Vector3 vector = product(matrix, Vector3{velocity[0][i], velocity[1][i], velocity[2][i]});
+        const Vector3 vector =
+            product(matrix, Vector3{velocity[0][i], velocity[1][i], velocity[2][i]});
         for (std::size_t axis = 0; axis < 3; ++axis) {
             result[axis][i] = static_cast<float>(vector[axis]);
         }
@@ -130,8 +139,10 @@ std::uint16_t announcedSamples(std::size_t samples, std::size_t missing) {
     while (power < samples && power < OV_MAX_SAMPLES) {
         power *= 2;
     }
-    const bool completes = samples > 512 && power > samples && power - samples + missing <= power / 10;
-    return static_cast<std::uint16_t>(completes ? power : std::min<std::size_t>(samples, OV_MAX_SAMPLES));
+    const bool completes =
+        samples > 512 && power > samples && power - samples + missing <= power / 10;
+    return static_cast<std::uint16_t>(completes ? power
+                                                : std::min<std::size_t>(samples, OV_MAX_SAMPLES));
 }
 
 float knownOr0(double angle) { return std::isfinite(angle) ? static_cast<float>(angle) : 0.0F; }
@@ -142,11 +153,13 @@ float distanceOr0(float distance) { return std::isfinite(distance) ? distance : 
 } // namespace
 
 bool needsAttitude(int method, VelocitySystem system) {
-    return system != VelocitySystem::none && !(system == VelocitySystem::enu && usesEarthVelocities(method));
+    return system != VelocitySystem::none &&
+           !(system == VelocitySystem::enu && usesEarthVelocities(method));
 }
 
 bool needsBeams(int method, VelocitySystem system) {
-    return system == VelocitySystem::beam || (system != VelocitySystem::none && !usesEarthVelocities(method));
+    return system == VelocitySystem::beam ||
+           (system != VelocitySystem::none && !usesEarthVelocities(method));
 }
 
 struct BurstRunner::Impl {
@@ -155,8 +168,12 @@ struct BurstRunner::Impl {
     void open(const Burst &burst, std::size_t missing, BurstResult &result);
     void note(const Burst &burst, BurstResult &result) const;
     [[nodiscard]] Velocities velocities(const Burst &burst) const;
-    void send(const Burst &burst, const Velocities &velocity, const std::vector<std::uint8_t> &present);
+    void send(const Burst &burst, const Velocities &velocity,
+              const std::vector<std::uint8_t> &present);
+    void process(BurstResult &result);
     void collect(BurstResult &result);
+    void collectDistribution(BurstResult &result);
+    void collectCurrent(BurstResult &result);
 
     Instrument instrument;
     ProcessingChoices choices;
@@ -174,7 +191,8 @@ struct BurstRunner::Impl {
 BurstRunner::Impl::Impl(const Instrument &theInstrument, const ProcessingChoices &theChoices)
     : instrument(theInstrument), choices(theChoices), beamToXyz(beamToXyzMatrix(theInstrument)),
       config(configuration(theInstrument, beamToXyz, theChoices.method)),
-      counts(countsOfCellRange(config, std::isfinite(theInstrument.cellRange) ? theInstrument.cellRange : 0.0)),
+      counts(countsOfCellRange(
+          config, std::isfinite(theInstrument.cellRange) ? theInstrument.cellRange : 0.0)),
       record(static_cast<OVRecord *>(std::calloc(1, VELTAGetWaveVariableNbytes())), &std::free) {
     if (record == nullptr) {
         throw std::bad_alloc();
@@ -209,13 +227,15 @@ void BurstRunner::Impl::open(const Burst &burst, std::size_t missing, BurstResul
 void BurstRunner::Impl::note(const Burst &burst, BurstResult &result) const {
     if (used < burst.pressure.size()) {
         result.notes.push_back("only the first " + std::to_string(used) + " of " +
-                               std::to_string(burst.pressure.size()) + " samples of a burst are used");
+                               std::to_string(burst.pressure.size()) +
+                               " samples of a burst are used");
     }
     if (burst.velocitySystem == VelocitySystem::none) {
         result.notes.emplace_back("no velocities: no directions and no current");
     }
     if (usesTrack(choices.method) && burst.surfaceTrack.empty()) {
-        result.notes.push_back("no surface track: processed as method " + std::to_string(choices.method - 1));
+        result.notes.push_back("no surface track: processed as method " +
+                               std::to_string(choices.method - 1));
     }
 }
 
@@ -232,8 +252,8 @@ Velocities BurstRunner::Impl::velocities(const Burst &burst) const {
     }
     const Matrix3 xyzToEnu = xyzToEnuMatrix(burst.heading, burst.pitch, burst.roll);
     if (earth && burst.velocitySystem == VelocitySystem::beam) {
-        return earthFromBeams(withGaps(burst.velocity, presentSamples(burst)), product(xyzToEnu, beamToXyz),
-                              instrument.samplingRate);
+        return earthFromBeams(withGaps(burst.velocity, presentSamples(burst)),
+                              product(xyzToEnu, beamToXyz), instrument.samplingRate);
     }
     if (earth) {
         return turned(burst.velocity, xyzToEnu);
@@ -246,7 +266,8 @@ Velocities BurstRunner::Impl::velocities(const Burst &burst) const {
     return turned(burst.velocity, product(xyzToBeam, enuToXyz));
 }
 
-void BurstRunner::Impl::send(const Burst &burst, const Velocities &velocity, const std::vector<std::uint8_t> &present) {
+void BurstRunner::Impl::send(const Burst &burst, const Velocities &velocity,
+                             const std::vector<std::uint8_t> &present) {
     const std::size_t count = std::min(used, burst.pressure.size());
     for (std::size_t i = 0; i < count; ++i) {
         OVWaveSample sample{};
@@ -254,7 +275,8 @@ void BurstRunner::Impl::send(const Burst &burst, const Velocities &velocity, con
         sample.pressure = burst.pressure[i];
         for (std::size_t j = 0; j < 3; ++j) {
             sample.velocity[j] = velocity[j][i];
-            sample.amplitude[j] = burst.amplitude[j].empty() ? kUnknownAmplitude : burst.amplitude[j].at(i);
+            sample.amplitude[j] =
+                burst.amplitude[j].empty() ? kUnknownAmplitude : burst.amplitude[j].at(i);
         }
         sample.amplitude[3] = kUnknownAmplitude;
         if (!burst.surfaceTrack.empty()) {
@@ -273,12 +295,53 @@ void BurstRunner::Impl::collect(BurstResult &result) {
     }
     OVEnergySpectrumBlock energy{};
     OVGetEnergySpecStruct_ptr(record.get(), &energy);
-    result.energy.assign(energy.values, energy.values + std::clamp(energy.count, 0, OV_MAX_FREQUENCIES));
+    const auto count = static_cast<std::size_t>(std::clamp(energy.count, 0, OV_MAX_FREQUENCIES));
+    result.energy.assign(energy.values, energy.values + count);
+    collectDistribution(result);
+}
+
+void BurstRunner::Impl::collectDistribution(BurstResult &result) {
+    std::vector<float> weights(static_cast<std::size_t>(OV_MAX_FREQUENCIES) * OV_MAX_DIRECTIONS,
+                               OV_MISSING);
+    OVGetFullWaveDirSpectrum_ptr(record.get(), weights.data());
+    const auto directions =
+        static_cast<std::ptrdiff_t>(std::clamp(parameters.nDirections, 0, OV_MAX_DIRECTIONS));
+    for (std::size_t f = 0; f < result.energy.size(); ++f) {
+        const auto row = weights.begin() + static_cast<std::ptrdiff_t>(f * OV_MAX_DIRECTIONS);
+        const float sum = std::accumulate(row, row + directions, 0.0F);
+        for (auto weight = row; weight != row + directions; ++weight) {
+            // Bins sample a distribution that may be narrower than they are: without the division energy would be lost.
+            result.directionWeights.push_back(sum > 0.0F ? *weight / sum : OV_MISSING);
+        }
+    }
+}
+
+void BurstRunner::Impl::collectCurrent(BurstResult &result) {
     OVMeanCurrentQuery current{};
     current.selector = 1;
     OVGetMeanBurstCurrent_ptr(record.get(), &current);
     result.currentSpeed = static_cast<double>(current.valueA);
     result.currentDirection = static_cast<double>(current.valueB);
+}
+
+// A surface track that turns out unusable leaves an empty series in the maximum likelihood estimate, which moves heights
+// by several percent. Such a burst is processed once more as if it never had a track.
+void BurstRunner::Impl::process(BurstResult &result) {
+    result.processed = OVProcess_ptr(record.get());
+    collect(result);
+    const std::int32_t trackFlags =
+        result.waves.qualityFlags & (OV_FLAG_NO_TRACK | OV_FLAG_TRACK_RANGE);
+    if (!result.processed || !usesTrack(choices.method) || trackFlags == 0) {
+        return;
+    }
+    parameters.processingMethod = choices.method - 1;
+    parameters.estimateMask = kBeams;
+    OVSetProcPar_ptr(record.get(), &parameters);
+    result.processed = OVProcess_ptr(record.get());
+    result.directionWeights.clear();
+    collect(result);
+    result.waves.qualityFlags |= trackFlags;
+    result.parameters = parameters;
 }
 
 BurstRunner::BurstRunner(const Instrument &instrument, const ProcessingChoices &choices)
@@ -293,7 +356,8 @@ std::vector<double> BurstRunner::frequencies() const {
     OVGetEnergySpec_ptr(impl_->record.get(), nullptr, &count);
     std::vector<double> axis;
     for (std::int32_t i = 0; i < count; ++i) {
-        axis.push_back(static_cast<double>(impl_->parameters.freqMin) + i * static_cast<double>(impl_->parameters.freqStep));
+        axis.push_back(static_cast<double>(impl_->parameters.freqMin) +
+                       i * static_cast<double>(impl_->parameters.freqStep));
     }
     return axis;
 }
@@ -319,7 +383,8 @@ BurstResult BurstRunner::run(const Burst &burst) {
     }
     BurstResult result;
     std::vector<std::uint8_t> present = presentSamples(burst);
-    const bool oriented = std::isfinite(burst.heading) && std::isfinite(burst.pitch) && std::isfinite(burst.roll);
+    const bool oriented =
+        std::isfinite(burst.heading) && std::isfinite(burst.pitch) && std::isfinite(burst.roll);
     if (!oriented && needsAttitude(impl.choices.method, burst.velocitySystem)) {
         // Nothing of such a burst can be used: the library then answers with its markers for missing results.
         std::fill(present.begin(), present.end(), std::uint8_t{0});
@@ -330,11 +395,14 @@ BurstResult BurstRunner::run(const Burst &burst) {
     impl.note(burst, result);
     impl.send(burst, impl.velocities(burst), present);
     OVPreProcess_ptr(impl.record.get(), 0, impl.prepared.get());
-    result.processed = OVProcess_ptr(impl.record.get());
+    impl.process(result);
     if (!result.processed && result.reason.empty()) {
-        result.reason = impl.prepared->done == 0 ? "more than 10 % of the samples are missing" : "no results";
+        result.reason =
+            impl.prepared->done == 0 ? "more than 10 % of the samples are missing" : "no results";
     }
-    impl.collect(result);
+    if (result.processed && burst.velocitySystem != VelocitySystem::none) {
+        impl.collectCurrent(result);
+    }
     return result;
 }
 

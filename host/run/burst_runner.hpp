@@ -12,7 +12,8 @@
 namespace orvik {
 
 struct ProcessingChoices {
-    int method = 4; // 1 pressure + velocity, 2 with surface track, 3 maximum likelihood, 4 with surface track
+    int method =
+        4; // 1 pressure + velocity, 2 with surface track, 3 maximum likelihood, 4 with surface track
     double freqMin = 0.02;
     double freqMax = 0.99;
     double freqStep = 0.01;
@@ -27,13 +28,17 @@ struct ProcessingChoices {
 };
 
 struct BurstResult {
-    bool processed = false; // false: the burst was rejected; everything is missing then
-    std::string reason;     // why it was rejected
+    bool processed = false;         // false: the burst was rejected; everything is missing then
+    std::string reason;             // why it was rejected
     std::vector<std::string> notes; // what was done otherwise than asked
-    OVProcessingParameters parameters{};
+    OVProcessingParameters
+        parameters{}; // in use; without a usable surface track method 3 for 4, 1 for 2
     OVWaveParameterSet waves{};
     OVFourierCoefficientSpectra spectra{};
     std::vector<float> energy; // [m^2/Hz] behind the wave parameters, by frequency
+    // Maximum entropy distribution: for each frequency nDirections weights of sum 1, or missing (OV_MISSING). Weight k
+    // stands for the compass direction k * 360 / nDirections, coming from or going to as chosen.
+    std::vector<float> directionWeights;
     double currentSpeed = kUnknown;
     double currentDirection = kUnknown; // [degrees]
 };

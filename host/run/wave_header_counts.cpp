@@ -21,9 +21,11 @@ constexpr double kLargestDistance = 0.04; // [m]
 double distanceMetres(const OVInstrumentConfig &config, double counts) {
     const double frequency = config.acousticFrequency;
     if (config.instrumentType == 1) {
-        return std::floor(counts * 100 * kHalfSoundSpeed / 480000.0 * 100) * 0.01 * 0.01 * 0.00390625;
+        return std::floor(counts * 100 * kHalfSoundSpeed / 480000.0 * 100) * 0.01 * 0.01 *
+               0.00390625;
     }
-    return std::floor(kHalfSoundSpeed / (frequency * 4.0 / 255.0) * (counts * 100)) * 0.01 * 0.00390625;
+    return std::floor(kHalfSoundSpeed / (frequency * 4.0 / 255.0) * (counts * 100)) * 0.01 *
+           0.00390625;
 }
 
 double pressureMetres(const OVInstrumentConfig &config, double counts, double distance) {
@@ -32,13 +34,16 @@ double pressureMetres(const OVInstrumentConfig &config, double counts, double di
     const double pressure = counts * 100 * kPressureCount;
     switch (config.instrumentType) {
     case 1: {
-        const double cellCentimetres = std::floor(cell * 100 * 16.0 * kHalfSoundSpeed / 6000000.0 * 100) * 0.01;
+        const double cellCentimetres =
+            std::floor(cell * 100 * 16.0 * kHalfSoundSpeed / 6000000.0 * 100) * 0.01;
         return std::floor((pressure - cellCentimetres) * 100) * 0.0001;
     }
     case 3:
         return std::floor(pressure - distance * 100) * 0.01;
     default:
-        return std::floor(pressure - std::floor(cell * 100 * (kHalfSoundSpeed / (frequency * 0.0625)))) * 0.01;
+        return std::floor(pressure -
+                          std::floor(cell * 100 * (kHalfSoundSpeed / (frequency * 0.0625)))) *
+               0.01;
     }
 }
 
@@ -53,7 +58,8 @@ HeaderCounts countsOfCellRange(const OVInstrumentConfig &config, double cellRang
     constexpr int kMost = std::numeric_limits<std::int16_t>::max();
     HeaderCounts best;
     double bestError = std::numeric_limits<double>::infinity();
-    for (int distance = 0; distance <= kMost && distanceMetres(config, distance) <= kLargestDistance; ++distance) {
+    for (int distance = 0;
+         distance <= kMost && distanceMetres(config, distance) <= kLargestDistance; ++distance) {
         HeaderCounts counts{0, static_cast<std::int16_t>(distance)};
         const double steps = (cellRange - cellRangeOfCounts(config, counts)) / kPressureCount;
         const int nearest = static_cast<int>(std::lround(std::clamp(steps, 1.0, kMost - 1.0)));
@@ -70,7 +76,8 @@ HeaderCounts countsOfCellRange(const OVInstrumentConfig &config, double cellRang
         }
     }
     if (bestError > kTolerance) {
-        throw UserError("cell_range " + std::to_string(cellRange) + " m is out of an instrument's reach");
+        throw UserError("cell_range " + std::to_string(cellRange) +
+                        " m is out of an instrument's reach");
     }
     return best;
 }

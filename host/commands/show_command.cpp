@@ -1,0 +1,186 @@
+#include "commands/show_command.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "burst/burst_file.hpp"
+#include "netcdf/nc_file.hpp"
+#include "netcdf/units.hpp"
+#include "results/burst_table.hpp"
+
+namespace orvik {
+
+namespace {
+
+bool isNumeric(const NcVariable &variable) {
+    return variable.type != NC_CHAR && variable.type <= NC_UINT64;
+}
+
+class Statistics {
+public:
+    void add(const std::vector<double> &values) {
+        for (const double value : values) {
+            ++total_;
+            if (std::isfinite(value)) {
+                ++count_;
+                sum_ += value;
+                least_ = std::min(least_, value);
+                most_ = std::max(most_, value);
+            }
+        }
+    }
+    [[nodiscard]] std::string text() const {
+        if (count_ == 0) {
+            return "nothing but missing values";
+        }
+        const double missing =
+            100.0 * static_cast<double>(total_ - count_) / static_cast<double>(total_);
+        return fmt::format("{:>12.5g}{:>12.5g}{:>12.5g}{:>9.2f} %",
+                           sum_ / static_cast<double>(count_), least_, most_, missing);
+    }
+
+private:
+    std::size_t total_ = 0;
+    std::size_t count_ = 0;
+    double sum_ = 0.0;
+    double least_ = std::numeric_limits<double>::infinity();
+    double most_ = -std::numeric_limits<double>::infinity();
+};
+
+// One slab of the first dimension at a time: a deployment may be larger than memory.
+Statistics statisticsOf(const NcReader &file, const NcVariable &variable) {
+    Statistics statistics;
+    std::vector<std::size_t> start(variable.dimensions.size(), 0);
+    std::vector<std::size_t> count;
+    for (const NcDimension &dimension : variable.dimensions) {
+        count.push_back(dimension.length);
+    }
+    count.front() = 1;
+    for (; start.front() < variable.dimensions.front().length; ++start.front()) {
+        statistics.add(file.read(variable, start, count));
+    }
+    return statistics;
+}
+
+void printScalars(const NcReader &file, const std::vector<NcVariable> &variables) {
+    for (const NcVariable &variable : variables) {
+        if (variable.size() == 1 && variable.dimensions.empty() && isNumeric(variable)) {
+            fmt::print("  {:<36}{:>12g} {}\n", variable.name, file.readAll(variable).front(),
+                       file.text(&variable, "units").value_or(""));
+        }
+    }
+}
+
+void printVariables(const NcReader &file, const std::vector<NcVariable> &variables) {
+    fmt::print("\n  {:<32}{:>12}{:>12}{:>12}{:>11}  {:<14} dimensions\n", "variable", "mean",
+               "least", "most", "missing", "unit");
+    for (const NcVariable &variable : variables) {
+        const std::string units = file.text(&variable, "units").value_or("");
+        const bool isTime = units.find(" since ") != std::string::npos;
+        if (!variable.dimensions.empty() && isNumeric(variable) && !isTime && variable.size() > 0) {
+            fmt::print("  {:<32}{:<47}  {:<14} {}\n", variable.name,
+                       statisticsOf(file, variable).text(), units, variable.shapeText());
+        }
+    }
+}
+
+std::vector<double> startTimes(const NcReader &file) {
+    for (const char *name : {"time", "burst_start_time"}) {
+        const auto variable = file.find(name);
+        if (variable && variable->dimensions.size() == 1) {
+            const TimeUnit unit = timeUnit(file, *variable);
+            std::vector<double> times = file.readAll(*variable);
+            for (double &time : times) {
+                time = time * unit.scale + unit.epoch;
+            }
+            return times;
+        }
+    }
+    return {};
+}
+
+void printHead(const NcReader &file, const std::string &kind, const std::vector<double> &times) {
+    fmt::print("{}: {}\n", file.path(), kind);
+    for (const char *attribute :
+         {"title", "instrument", "source", "processing_method", "processing_parameters"}) {
+        if (const auto text = file.text(nullptr, attribute); text && !text->empty()) {
+            fmt::print("  {}: {}\n", attribute, *text);
+        }
+    }
+    for (const char *dimension : {"time", "burst", "sample", "surface_track_sample"}) {
+        if (const auto length = file.dimensionLength(dimension)) {
+            fmt::print("  {}: {}\n", dimension, *length);
+        }
+    }
+    if (!times.empty()) {
+        fmt::print("  from {} to {} UTC\n", timeText(times.front()), timeText(times.back()));
+    }
+}
+
+// Column of a result file, by burst; missing throughout when the file has none.
+std::vector<double> column(const NcReader &file, const std::string &name, std::size_t bursts) {
+    const auto variable = file.find(name);
+    if (!variable || variable->dimensions.size() != 1 || variable->size() != bursts) {
+        return std::vector<double>(bursts, kUnknown);
+    }
+    return file.readAll(*variable);
+}
+
+int wholeOr0(double value) { return std::isfinite(value) ? static_cast<int>(value) : 0; }
+
+void printResults(const NcReader &file, const std::vector<double> &times) {
+    const std::size_t bursts = times.size();
+    const auto height = column(file, "hm0", bursts);
+    const auto period = column(file, "tp", bursts);
+    const auto peakDirection = column(file, "peak_direction", bursts);
+    const auto meanDirection = column(file, "mean_direction", bursts);
+    const auto spread = column(file, "peak_spread", bursts);
+    const auto source = column(file, "spectrum_source", bursts);
+    const auto flags = column(file, "quality_flag", bursts);
+    fmt::print("\n{}", tableHead(false));
+    for (std::size_t i = 0; i < bursts; ++i) {
+        TableRow row;
+        row.startTime = times[i];
+        row.burst = i;
+        row.height = height[i];
+        row.peakPeriod = period[i];
+        row.peakDirection = peakDirection[i];
+        row.meanDirection = meanDirection[i];
+        row.peakSpread = spread[i];
+        row.spectrumSource = wholeOr0(source[i]);
+        row.qualityFlags = wholeOr0(flags[i]);
+        fmt::print("{}", tableLine(row));
+    }
+}
+
+void runShow(const std::string &path) {
+    const NcReader file(path);
+    const std::vector<NcVariable> variables = file.variables();
+    const bool isResult = file.find("hm0") && file.find("quality_flag");
+    const bool isBurst = file.dimensionLength("sample").has_value();
+    const std::vector<double> times = startTimes(file);
+    printHead(file, isResult ? "result file" : isBurst ? "burst file" : "netCDF file", times);
+    printScalars(file, variables);
+    if (isResult) {
+        printResults(file, times);
+    }
+    printVariables(file, variables);
+}
+
+} // namespace
+
+void addShowCommand(CLI::App &app) {
+    const auto path = std::make_shared<std::string>();
+    CLI::App *command = app.add_subcommand("show", "what a burst file or a result file holds");
+    command->add_option("file", *path, "file to look at")->required();
+    command->callback([path] { runShow(*path); });
+}
+
+} // namespace orvik

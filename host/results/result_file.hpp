@@ -1,0 +1,72 @@
+// Result files: wave parameters and spectra of a deployment, with CF names (layout: docs/result-file.md).
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "burst/burst.hpp"
+#include "run/burst_runner.hpp"
+
+namespace orvik {
+
+struct QualityWord {
+    int mask;
+    const char *word;
+};
+
+inline constexpr QualityWord kQualityWords[] = {
+    {OV_FLAG_SHALLOW, "shallow"},
+    {OV_FLAG_NO_SIGNAL, "no_signal"},
+    {OV_FLAG_WEAK_AMPLITUDE, "weak_echo"},
+    {OV_FLAG_FLAT_SPECTRUM, "flat_spectrum"},
+    {OV_FLAG_INVALID_PARAMETERS, "invalid_parameters"},
+    {OV_FLAG_NO_RESULT, "no_result"},
+    {OV_FLAG_TRACK_RANGE, "track_out_of_range"},
+    {OV_FLAG_ALIASED_PEAK, "aliased_peak"},
+    {OV_FLAG_RISING_SPECTRUM, "rising_spectrum"},
+    {OV_FLAG_CLEARANCE, "surface_at_range_limit"},
+    {OV_FLAG_NO_TRACK, "no_track"},
+    {OV_FLAG_TILT, "tilt"},
+};
+
+// NaN for the library's marker of a missing result.
+double present(float value);
+
+struct ResultRow {
+    double startTime = kUnknown; // [s since 1970-01-01 00:00:00 UTC]
+    std::size_t burst = 0;       // place in the burst file, from 0
+    BurstResult result;
+    std::optional<Truth> truth;
+};
+
+struct ResultLayout {
+    std::vector<double> frequencies;     // [Hz]
+    std::vector<double> fineFrequencies; // [Hz]
+    std::size_t directions = 90;
+    bool comingFrom = true;
+    bool hasTruth = false;
+    double pressureHeight = 0.0; // [m] above the bed
+    std::map<std::string, std::string> attributes;
+};
+
+// Writes under a temporary name; only commit() puts the finished file at `path`.
+class ResultFileWriter {
+public:
+    ResultFileWriter(const std::string &path, const ResultLayout &layout);
+    ~ResultFileWriter();
+    ResultFileWriter(const ResultFileWriter &) = delete;
+    ResultFileWriter &operator=(const ResultFileWriter &) = delete;
+
+    void append(const ResultRow &row);
+    void commit();
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+} // namespace orvik
