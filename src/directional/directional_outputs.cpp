@@ -13,8 +13,9 @@ namespace {
 
 constexpr double kMissingTolerance = 0.0001; // a host's value this near the marker counts as missing
 
+// A value that is no number is missing too.
 bool isMissing(float value) {
-    return std::abs(static_cast<double>(value) - static_cast<double>(kMissing)) <= kMissingTolerance;
+    return !(std::abs(static_cast<double>(value) - static_cast<double>(kMissing)) > kMissingTolerance);
 }
 
 // Single-precision complex numbers, spelled out: the standard's division differs between compilers in its last bits.
@@ -75,7 +76,8 @@ private:
 } // namespace
 
 void setFourierCoefficients(WaveVariables &rec, OVFourierCoefficientSpectra &block) {
-    const int count = std::clamp<std::int32_t>(block.count, 0, kMaxFreq);
+    const std::int32_t given = block.count; // by value: host memory may be misaligned
+    const int count = std::clamp(given, 0, kMaxFreq);
     for (int f = 0; f < count; ++f) {
         if (isMissing(block.coefP[f]) || isMissing(block.coefQ[f])) {
             rec.fourierA1[f] = kMissing;
