@@ -25,7 +25,8 @@ void copyParameters(WaveVariables &rec, const OVProcessingParameters &params) {
     rec.specBandWidth = params.specBandWidth;
     rec.directionalInputMode = params.directionalInputMode;
     rec.estimateMask = params.estimateMask;
-    rec.nDirections = std::min<std::int32_t>(params.nDirections, kMaxDir);
+    const std::int32_t directions = params.nDirections; // by value: host memory may be misaligned
+    rec.nDirections = std::min<std::int32_t>(directions, kMaxDir);
     rec.pressureOffset = static_cast<double>(params.pressureOffset);
     rec.reverseDirections = params.reverseDirections;
     rec.profileParamA = params.profileParamA;

@@ -7,11 +7,12 @@
 
 namespace {
 
-// Copies a field, an array included, to the host unless it does not want it.
-template <class Field, class Value> void give(const Field &field, Value *to) {
+// Copies a field, an array included, to the host unless it does not want it. The field is named and not referred to:
+// in a packed structure it may be misaligned.
+template <class Struct, class Field, class Value> void give(const Struct &from, Field Struct::*field, Value *to) {
     static_assert(sizeof(Field) % sizeof(Value) == 0);
     if (to != nullptr) {
-        std::memcpy(to, &field, sizeof field);
+        std::memcpy(to, &(from.*field), sizeof(Field));
     }
 }
 
@@ -28,20 +29,20 @@ int32_t OVGetWaveParLV(float *waveParameters, float *instrumentDepth, int32_t *a
     if (status != 0) {
         return status;
     }
-    give(set.waveParameters, waveParameters);
-    give(set.instrumentDepth, instrumentDepth);
-    give(set.astInitialBadCount, astInitialBadCount);
-    give(set.astSpikeCount, astSpikeCount);
-    give(set.qualityFlags, qualityFlags);
-    give(set.spectrumSource, spectrumSource);
-    give(set.astLevel, astLevel);
-    give(set.astLevelEven, astLevelEven);
-    give(set.aliasingFrequency, aliasingFrequency);
-    give(set.checkedHeight, checkedHeight);
-    give(set.checkedMeanPeriod, checkedMeanPeriod);
-    give(set.cellVerticalRange, cellVerticalRange);
-    give(set.energyPeriod, energyPeriod);
-    give(set.selectedCell, selectedCell);
+    give(set, &OVWaveParameterSet::waveParameters, waveParameters);
+    give(set, &OVWaveParameterSet::instrumentDepth, instrumentDepth);
+    give(set, &OVWaveParameterSet::astInitialBadCount, astInitialBadCount);
+    give(set, &OVWaveParameterSet::astSpikeCount, astSpikeCount);
+    give(set, &OVWaveParameterSet::qualityFlags, qualityFlags);
+    give(set, &OVWaveParameterSet::spectrumSource, spectrumSource);
+    give(set, &OVWaveParameterSet::astLevel, astLevel);
+    give(set, &OVWaveParameterSet::astLevelEven, astLevelEven);
+    give(set, &OVWaveParameterSet::aliasingFrequency, aliasingFrequency);
+    give(set, &OVWaveParameterSet::checkedHeight, checkedHeight);
+    give(set, &OVWaveParameterSet::checkedMeanPeriod, checkedMeanPeriod);
+    give(set, &OVWaveParameterSet::cellVerticalRange, cellVerticalRange);
+    give(set, &OVWaveParameterSet::energyPeriod, energyPeriod);
+    give(set, &OVWaveParameterSet::selectedCell, selectedCell);
     return 0;
 }
 
@@ -57,20 +58,20 @@ int32_t OVGetWaveSpectrumLV(uint8_t *spectrumKind, int32_t *count, int32_t *fine
     if (status != 0) {
         return status;
     }
-    give(block.spectrumKind, spectrumKind);
-    give(block.count, count);
-    give(block.fineCount, fineCount);
-    give(block.energySpectrum, energySpectrum);
-    give(block.binInfo, binInfo);
-    give(block.secondSpectrum, secondSpectrum);
-    give(block.fineSpectrum, fineSpectrum);
-    give(block.direction, direction);
-    give(block.spread, spread);
-    give(block.coefP, coefP);
-    give(block.coefQ, coefQ);
-    give(block.coefR, coefR);
-    give(block.coefS, coefS);
-    give(block.bandValue, bandValue);
+    give(block, &OVFourierCoefficientSpectra::spectrumKind, spectrumKind);
+    give(block, &OVFourierCoefficientSpectra::count, count);
+    give(block, &OVFourierCoefficientSpectra::fineCount, fineCount);
+    give(block, &OVFourierCoefficientSpectra::energySpectrum, energySpectrum);
+    give(block, &OVFourierCoefficientSpectra::binInfo, binInfo);
+    give(block, &OVFourierCoefficientSpectra::secondSpectrum, secondSpectrum);
+    give(block, &OVFourierCoefficientSpectra::fineSpectrum, fineSpectrum);
+    give(block, &OVFourierCoefficientSpectra::direction, direction);
+    give(block, &OVFourierCoefficientSpectra::spread, spread);
+    give(block, &OVFourierCoefficientSpectra::coefP, coefP);
+    give(block, &OVFourierCoefficientSpectra::coefQ, coefQ);
+    give(block, &OVFourierCoefficientSpectra::coefR, coefR);
+    give(block, &OVFourierCoefficientSpectra::coefS, coefS);
+    give(block, &OVFourierCoefficientSpectra::bandValue, bandValue);
     return 0;
 }
 
@@ -85,14 +86,14 @@ int32_t OVGetBandEstLV(float *bandHm0, float *bandTm02, float *bandZero, float *
     OVBandEstimate band{};
     band.fHigh = std::numeric_limits<float>::max();
     const int32_t status = OVGetBandEst(&band);
-    give(band.bandHm0, bandHm0);
-    give(band.bandTm02, bandTm02);
-    give(band.bandZero, bandZero);
-    give(band.bandPeakDirection, bandPeakDirection);
-    give(band.bandMeanDirection, bandMeanDirection);
-    give(band.bandPeakSpread, bandPeakSpread);
-    give(band.bandMeanSpread, bandMeanSpread);
-    give(band.bandStatus, bandStatus);
+    give(band, &OVBandEstimate::bandHm0, bandHm0);
+    give(band, &OVBandEstimate::bandTm02, bandTm02);
+    give(band, &OVBandEstimate::bandZero, bandZero);
+    give(band, &OVBandEstimate::bandPeakDirection, bandPeakDirection);
+    give(band, &OVBandEstimate::bandMeanDirection, bandMeanDirection);
+    give(band, &OVBandEstimate::bandPeakSpread, bandPeakSpread);
+    give(band, &OVBandEstimate::bandMeanSpread, bandMeanSpread);
+    give(band, &OVBandEstimate::bandStatus, bandStatus);
     return status;
 }
 
