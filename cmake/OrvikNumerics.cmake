@@ -17,6 +17,11 @@ if(MSVC)
   target_compile_options(orvik_numerics INTERFACE /fp:precise)
 else()
   target_compile_options(orvik_numerics INTERFACE -ffp-contract=off -fno-fast-math)
+  # With AVX, GCC 12 drops the rounding to single precision of a double that it has packed with its neighbours and widens
+  # again at once: a sum kept in a float then ends with the digits of a double. Loops it vectorises keep the rounding.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(orvik_numerics INTERFACE -fno-tree-slp-vectorize)
+  endif()
   if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "i[3-6]86|x86")
     target_compile_options(orvik_numerics INTERFACE -msse2 -mfpmath=sse)
   endif()
