@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "input/series_repair.hpp"
@@ -231,6 +233,20 @@ TEST_F(SurfaceTrack, JumpUpToAMetreStays) {
     expectCounts(0, 2);
 }
 
+TEST_F(SurfaceTrack, JumpMustExceedAMetreFromBothNeighbours) {
+    for (const auto &[height, spikes] : {std::pair{1.0F, 0}, {1.01F, 2}}) {
+        for (const float sign : {1.0F, -1.0F}) {
+            std::vector<float> track;
+            for (int i = 0; i < 1024; ++i) {
+                track.push_back(kLevel + (i / 128 % 2 == 0 ? 0.75F : -0.75F) * sign);
+            }
+            track[127] += height * sign; // and 1.5 m more from its right neighbour
+            clean(track);
+            expectCounts(0, spikes);
+        }
+    }
+}
+
 TEST_F(SurfaceTrack, StepOnOneSideOnlyIsNoJump) {
     std::vector<float> track(1024, kLevel - 1.0F);
     std::fill(track.begin() + 512, track.end(), kLevel + 1.0F);
@@ -317,7 +333,7 @@ TEST_F(SurfaceTrack, HostsWindowReplacesTheFirstPassAroundTheInstrumentDepth) {
     record_->astWindowBelow = 0.5F;
     record_->astWindowAbove = 1.0F;
     std::vector<float> track = wave(1024, 0.25);
-    std::fill_n(track.begin() + 100, 3, kLevel + 1.0F); // both limits themselves are inside
+    std::fill_n(track.begin() + 100, 3, kLevel + 1.0F); // at the limit
     std::fill_n(track.begin() + 200, 3, kLevel - 0.5F);
     clean(track);
     expectCounts(0, 3); // the later passes alone: 1.0 m are more than five deviations
@@ -330,6 +346,22 @@ TEST_F(SurfaceTrack, HostsWindowReplacesTheFirstPassAroundTheInstrumentDepth) {
     record_->useAstWindow = 0;
     clean(track);
     expectCounts(0, 3);
+}
+
+TEST_F(SurfaceTrack, LimitsOfTheWindowAreInside) {
+    std::vector<float> track;
+    for (int i = 0; i < 1024; ++i) {
+        track.push_back(i / 128 % 2 == 0 ? kLevel + 0.25F : kLevel - 0.5F);
+    }
+    record_->useAstWindow = 1;
+    for (const auto &[below, above, valid] :
+         {std::tuple{0.5F, 0.25F, 1}, {0.49F, 0.25F, 0}, {0.5F, 0.24F, 0}}) {
+        record_->astWindowBelow = below;
+        record_->astWindowAbove = above;
+        clean(track);
+        EXPECT_EQ(record_->surfaceTrackValid, valid) << below << " " << above;
+        expectCounts(0, valid == 1 ? 0 : 512);
+    }
 }
 
 TEST_F(SurfaceTrack, WindowDoesNotApplyWithoutItsSwitch) {
