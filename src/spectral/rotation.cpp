@@ -8,22 +8,23 @@ namespace ov {
 
 double radiansFromDegrees(float degrees) { return static_cast<double>(degrees * kPiF / 180.0F); }
 
-Matrix3 headingMatrix(float heading) {
-    const double x = radiansFromDegrees(heading - 90.0F);
+Matrix3 headingTurn(double x) {
     const double c = std::cos(x);
     const double s = std::sin(x);
     return {{{c, s, 0.0}, {-s, c, 0.0}, {0.0, 0.0, 1.0}}};
 }
 
-Matrix3 tiltMatrix(float pitch, float roll) {
-    const double p = radiansFromDegrees(pitch);
-    const double r = radiansFromDegrees(roll);
+Matrix3 headingMatrix(float heading) { return headingTurn(radiansFromDegrees(heading - 90.0F)); }
+
+Matrix3 tiltTurn(double p, double r) {
     const double cp = std::cos(p);
     const double sp = std::sin(p);
     const double cr = std::cos(r);
     const double sr = std::sin(r);
     return {{{cp, -sp * sr, -cr * sp}, {0.0, cr, -sr}, {sp, sr * cp, cp * cr}}};
 }
+
+Matrix3 tiltMatrix(float pitch, float roll) { return tiltTurn(radiansFromDegrees(pitch), radiansFromDegrees(roll)); }
 
 Matrix3 multiply(const Matrix3 &a, const Matrix3 &b) {
     Matrix3 product{};

@@ -19,6 +19,10 @@ Matrix3 headingMatrix(float heading);
 // Turn by pitch and roll [degrees].
 Matrix3 tiltMatrix(float pitch, float roll);
 
+// The same from angles [rad] in double precision; x is the heading less a quarter turn.
+Matrix3 headingTurn(double x);
+Matrix3 tiltTurn(double pitch, double roll);
+
 Matrix3 multiply(const Matrix3 &a, const Matrix3 &b);
 Vector3 multiply(const Matrix3 &m, const Vector3 &v);
 
