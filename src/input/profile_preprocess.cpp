@@ -168,7 +168,8 @@ void preProcessProfile(WaveVariables &rec, OVPreProcessOutput &output) {
     rec.velocityNoise = profileVelocityNoise(rec);
     rec.velocityNoiseMps = rec.velocityNoise / 100.0F;
     takeCell(rec, output);
-    rec.headerDepth = static_cast<float>(rec.selectedCell + 1) * rec.sensorHeight + rec.sensorDepth;
+    const double range = (rec.selectedCell + 1) * static_cast<double>(rec.sensorHeight);
+    rec.headerDepth = static_cast<float>(range + static_cast<double>(rec.sensorDepth));
     output.sampleCount = static_cast<std::int32_t>(rec.burstSamples);
     const double slant = std::cos(radians(static_cast<double>(rec.slantAngle)));
     output.cellVerticalRange = static_cast<float>(slant * static_cast<double>(rec.headerDepth));
