@@ -86,6 +86,8 @@ void openBurst(WaveVariables &rec) {
     rec.qualityFlags = 0;
     if (rec.burstLength < kMaxSamples) {
         rec.pressureSeries[rec.burstLength] = 0.0F;
+    } else {
+        rec.velocitySeries[0][0] = 0.0F; // follows a full pressure series in storage
     }
     float *const last = rec.astSeries + std::max(rec.burstLength - 1, 0);
     std::fill(last, std::end(rec.astSeries), 0.0F);
