@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "synthetic_burst.hpp"
+#include "synthetic_profile.hpp"
 
 namespace {
 
@@ -55,9 +56,11 @@ void addWaveResults(OVRecord *record, Digest &digest) {
     digest.add(OVGetEnergySpecStruct_ptr(record, &block));
     digest.add(block);
 
-    OVScaledEnergySpectrum scaled{};
-    digest.add(OVGetScaledEnergySpec_ptr(record, &scaled));
-    digest.add(scaled);
+    for (const std::int32_t kind : {0, 1, 2, 3}) {
+        OVScaledEnergySpectrum scaled{};
+        digest.add(OVGetScaledEnergySpecAllType_ptr(record, kind, &scaled));
+        digest.add(scaled);
+    }
 
     for (const std::int32_t selector : {0, 1}) {
         OVMeanCurrentQuery current{};
@@ -66,28 +69,53 @@ void addWaveResults(OVRecord *record, Digest &digest) {
     }
 }
 
+// After addWaveResults(): the maximum entropy distribution is written into the record.
+void addDirectionalResults(OVRecord *record, Digest &digest) {
+    std::vector<float> rows(static_cast<std::size_t>(OV_MAX_FREQUENCIES * OV_MAX_DIRECTIONS));
+    const std::size_t bytes = rows.size() * sizeof(float);
+    digest.add(OVGetFullDirSpectraWithEnergy_ptr(record, rows.data()));
+    digest.add(rows.data(), bytes);
+    digest.add(OVGetFullWaveDirSpectrum_ptr(record, rows.data()));
+    digest.add(rows.data(), bytes);
+    for (const float limit : {0.125F, 0.5F}) {
+        OVBandEstimate band{};
+        band.fLow = limit / 2.0F;
+        band.fHigh = limit;
+        digest.add(OVGetBandEst_ptr(record, &band));
+        digest.add(band);
+    }
+}
+
 struct BurstDigests {
     std::uint64_t cleaned; // what pre-processing hands back
     std::uint64_t results;
+    bool processed;
 };
 
 BurstDigests runBurst(OVRecord *record, const SyntheticBurst &burst) {
     const auto output = std::make_unique<OVPreProcessOutput>();
-    openBurst(record, burst);
-    sendSamples(record, burst);
     Digest cleaned;
-    cleaned.add(OVPreProcess_ptr(record, 0, output.get()));
+    if (burst.config.instrumentType == orvik::test::kProfileType) {
+        openProfileBurst(record, burst);
+        sendProfileSamples(record, burst);
+        cleaned.add(VELTAPreProcess_ptr(record, 0, output.get()));
+    } else {
+        openBurst(record, burst);
+        sendSamples(record, burst);
+        cleaned.add(OVPreProcess_ptr(record, 0, output.get()));
+    }
     cleaned.add(*output);
     Digest results;
     const unsigned char processed = OVProcess_ptr(record) ? 1 : 0;
     results.add(processed);
     addWaveResults(record, results);
-    return {cleaned.value(), results.value()};
+    addDirectionalResults(record, results);
+    return {cleaned.value(), results.value(), processed != 0};
 }
 
 std::vector<SyntheticChoice> choices() {
     std::vector<SyntheticChoice> list;
-    for (const int type : {1, 3, 0}) {
+    for (const int type : {1, 3, 0, orvik::test::kProfileType}) {
         for (int method = 1; method <= 4; ++method) {
             const std::uint32_t seed = static_cast<std::uint32_t>(10 * type + method);
             list.push_back({.method = method, .instrumentType = type, .seed = seed});
@@ -131,7 +159,11 @@ int main() {
             return 1;
         }
         const BurstDigests digests = runBurst(fresh.get(), burst);
-        std::printf("type %d method %d n %5d%s%s %016llx %016llx\n", choice.instrumentType,
+        if (!digests.processed) {
+            std::fputs("a burst was rejected: there is nothing to compare\n", stderr);
+            return 1;
+        }
+        std::printf("type %2d method %d n %5d%s%s %016llx %016llx\n", choice.instrumentType,
                     choice.method, choice.nSamples, choice.tilted ? " tilted" : "",
                     choice.faulty ? " faulty" : "",
                     static_cast<unsigned long long>(digests.cleaned),
