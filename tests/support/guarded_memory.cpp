@@ -35,6 +35,12 @@ GuardedMemory::GuardedMemory(std::size_t bytes, GuardedEdge edge)
 
 GuardedMemory::~GuardedMemory() { munmap(mapping_, usableBytes_ + 2 * pageBytes()); }
 
+void GuardedMemory::clear() {
+    if (madvise(mapping_ + pageBytes(), usableBytes_, MADV_DONTNEED) != 0) {
+        throwErrno("madvise of guarded memory");
+    }
+}
+
 void GuardedMemory::makeReadOnly() {
     if (mprotect(mapping_ + pageBytes(), usableBytes_, PROT_READ) != 0) {
         throwErrno("mprotect of guarded memory");
