@@ -24,8 +24,8 @@ struct DirectionalSums {
 };
 
 struct PeakCoefficients {
-    float a1;
-    float b1;
+    double a1;
+    double b1;
     bool equalB1; // the neighbour has the same b1
 };
 
@@ -99,7 +99,8 @@ double turned(double degrees, bool reverse) {
     if (!reverse) {
         return degrees;
     }
-    return degrees - 180.0 < 0.0 ? degrees + 180.0 : degrees - 180.0;
+    const double back = degrees - 180.0;
+    return back < 0.0 ? back + 360.0 : back;
 }
 
 // Direction of the energy-weighted coefficients. They are not normalised bin by bin here, unlike the burst's own mean.
@@ -148,11 +149,15 @@ PeakCoefficients coefficientsAt(const WaveVariables &rec, int j, float fp) {
     const float *const f = rec.frequencies;
     const int neighbour = fp > f[j] ? j + 1 : j - 1;
     if (neighbour < 0 || neighbour >= mainBinCount(rec)) {
-        return {rec.fourierA1[j], rec.fourierB1[j], true};
+        return {static_cast<double>(rec.fourierA1[j]), static_cast<double>(rec.fourierB1[j]), true};
     }
-    const float distance = fp - f[j];
-    const float spacing = std::fabs(f[j] - f[neighbour]);
-    const auto at = [=](const float *c) { return std::fabs(c[j] - c[neighbour]) * distance / spacing + c[j]; };
+    const double here = f[j];
+    const double distance = static_cast<double>(fp) - here;
+    const double spacing = std::abs(here - static_cast<double>(f[neighbour]));
+    const auto at = [=](const float *coefficient) {
+        const double own = coefficient[j];
+        return std::abs(own - static_cast<double>(coefficient[neighbour])) * distance / spacing + own;
+    };
     return {at(rec.fourierA1), at(rec.fourierB1), rec.fourierB1[j] == rec.fourierB1[neighbour]};
 }
 
@@ -165,12 +170,10 @@ void peakDirectionAndSpread(const WaveVariables &rec, const BinRange &range, OVB
     }
     band.bandPeakDirection = 0.0F;
     const PeakCoefficients peak = coefficientsAt(rec, j, fp);
-    if (peak.a1 == 0.0F && peak.equalB1) {
+    if (peak.a1 == 0.0 && peak.equalB1) {
         return;
     }
-    const double a1 = peak.a1;
-    const double b1 = peak.b1;
-    double angle = kHalfPi - std::atan2(b1, a1);
+    double angle = kHalfPi - std::atan2(peak.b1, peak.a1);
     if (angle < 0.0) {
         angle += kTwoPi;
     }
@@ -180,8 +183,9 @@ void peakDirectionAndSpread(const WaveVariables &rec, const BinRange &range, OVB
     }
     direction = std::fmod(direction, 360.0);
     band.bandPeakDirection = static_cast<float>(turned(direction, rec.reverseDirections != 0));
-    const double r = std::sqrt(a1 * a1 + b1 * b1 + 1e-20);
-    band.bandPeakSpread = static_cast<float>(std::sqrt((1.0 - (r < 1.0 ? r : 1.0)) * 2.0) * 180.0 / kPi);
+    const double r = std::sqrt(peak.a1 * peak.a1 + peak.b1 * peak.b1 + 1e-20);
+    // Coefficients that are no numbers leave a spread that is none, not a spread of 0.
+    band.bandPeakSpread = static_cast<float>(std::sqrt((1.0 - std::min(r, 1.0)) * 2.0) * 180.0 / kPi);
 }
 
 float numberOrMissing(float value) { return std::isnan(value) ? kMissing : value; }
