@@ -55,12 +55,10 @@ OVWaveSampleSUV numberedSuv(int at, std::uint8_t valid = 1) {
 
 // What both forms share runs once for each of them.
 struct PointForm {
-    static constexpr bool kHasChannels = false;
     static OVWaveSample make(int at, std::uint8_t valid) { return numberedSample(at, valid); }
     static void store(OVRecord &rec, OVWaveSample &sample) { ov::storeSample(rec, sample); }
 };
 struct SuvForm {
-    static constexpr bool kHasChannels = true;
     static OVWaveSampleSUV make(int at, std::uint8_t valid) { return numberedSuv(at, valid); }
     static void store(OVRecord &rec, OVWaveSampleSUV &sample) { ov::storeSampleSuv(rec, sample); }
 };
