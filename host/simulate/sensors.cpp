@@ -121,7 +121,7 @@ std::vector<double> seriesOfLines(Lines lines, const FrequencyGrid &grid, double
 
 double pressureDelay(const Instrument &instrument) {
     if (instrument.instrumentType == 1) {
-        return 0.0;
+        return 2.0 * kBeamDelay; // with the last beam
     }
     if (instrument.instrumentType == 0) {
         return 0.32;
