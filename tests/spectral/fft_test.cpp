@@ -328,6 +328,11 @@ TEST_F(Fft, BurstLengthBetweenPowersOfTwoResolvesItsOwnHarmonics) {
     }
 }
 
+TEST_F(Fft, LongerLengthThatIsNoPowerOfTwoHasNoSpectrum) {
+    EXPECT_NE(transformed(noise(1022, 5))[3], 0.0F);
+    EXPECT_EQ(transformed(noise(1026, 5)), std::vector<float>(1026, 0.0F));
+}
+
 // ---- Values that are no numbers
 
 TEST_F(Fft, OneSampleThatIsNoNumberSpoilsEveryCoefficientButTheFixedZero) {
