@@ -1,7 +1,9 @@
 // orvik: simulates, processes and shows bursts of wave instruments.
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <iostream>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -40,9 +42,13 @@ int run(int argc, char **argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? 0 : kUsage;
+        if (app.exit(error) != 0) {
+            return kUsage;
+        }
     }
-    return std::fflush(stdout) == 0 ? 0 : fail("cannot write to standard output", kFailed);
+    std::cout.flush();
+    const bool written = std::cout.good() && std::fflush(stdout) == 0;
+    return written ? 0 : fail("cannot write to standard output", kFailed);
 }
 
 } // namespace
@@ -52,11 +58,17 @@ int main(int argc, char **argv) {
     // A file-size limit then reads like a full disk: the write fails, and what was begun is cleaned up.
     std::signal(SIGXFSZ, SIG_IGN);
 #endif
+    int status = 0;
     try {
-        return run(argc, argv);
+        status = run(argc, argv);
     } catch (const orvik::UsageError &error) {
-        return fail(error.what(), kUsage);
+        status = fail(error.what(), kUsage);
     } catch (const std::exception &error) {
-        return fail(error.what(), kFailed);
+        status = fail(error.what(), kFailed);
     }
+    if (status == kFailed) {
+        // After a failed write the HDF5 library tries once more when the program ends, and crashes.
+        std::_Exit(status);
+    }
+    return status;
 }

@@ -179,7 +179,8 @@ void checkOverrides(const Overrides &overrides) {
         if (fact == nullptr) {
             std::string known;
             for (const Fact &candidate : kFacts) {
-                known += (known.empty() ? "" : ", ") + std::string(candidate.name);
+                known += known.empty() ? "" : ", ";
+                known += candidate.name;
             }
             throw UsageError("--set " + name + ": no such value; known are " + known);
         }

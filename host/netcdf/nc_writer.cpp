@@ -21,8 +21,11 @@ constexpr int kDeflateLevel = 4;
 // A hidden neighbour of `path`, so that the final rename stays on one file system.
 std::string temporaryName(const std::string &path) {
     const std::filesystem::path target(path);
-    const std::string name =
-        "." + target.filename().string() + "." + std::to_string(getpid()) + ".part";
+    std::string name = ".";
+    name += target.filename().string();
+    name += '.';
+    name += std::to_string(getpid());
+    name += ".part";
     return (target.parent_path() / name).string();
 }
 
@@ -35,8 +38,8 @@ bool isDirectory(const std::string &path) {
 
 NcWriter::NcWriter(const std::string &path) : path_(path), temporaryPath_(temporaryName(path)) {
     if (path.empty() || isDirectory(path)) {
-        throw UserError("cannot write " +
-                        (path.empty() ? "a file without a name" : path + ": it is a directory"));
+        throw UserError(path.empty() ? "an output file needs a name"
+                                     : "cannot write " + path + ": it is a directory");
     }
     const int status = nc_create(temporaryPath_.c_str(), NC_NETCDF4 | NC_CLOBBER, &id_);
     if (status != NC_NOERR) {

@@ -75,7 +75,8 @@ std::string flagsText(int qualityFlags) {
     std::string text;
     for (const QualityWord &word : kQualityWords) {
         if ((qualityFlags & word.mask) != 0) {
-            text += (text.empty() ? "" : ",") + std::string(word.word);
+            text += text.empty() ? "" : ",";
+            text += word.word;
         }
     }
     return text;

@@ -207,7 +207,8 @@ void ResultFileWriter::Impl::defineFlags() {
     std::string meanings;
     for (const QualityWord &word : kQualityWords) {
         masks.push_back(word.mask);
-        meanings += (meanings.empty() ? "" : " ") + std::string(word.word);
+        meanings += meanings.empty() ? "" : " ";
+        meanings += word.word;
     }
     flags =
         file.addVariable("quality_flag", NC_INT, {timeDimension},

@@ -90,7 +90,9 @@ OVProcessingParameters libraryParameters(const Instrument &instrument,
         choices.directionalInputMode.value_or(usesTrack(choices.method) ? 2 : 0);
     parameters.estimateMask = usesTrack(choices.method) ? kBeamsAndTrack : kBeams;
     parameters.nDirections = choices.nDirections;
-    parameters.reverseDirections = choices.comingFrom ? 1 : 0;
+    // Going-to directions are turned here afterwards: the library projects the current on the waves as if directions
+    // always said where they come from.
+    parameters.reverseDirections = 1;
     return parameters;
 }
 
@@ -143,6 +145,23 @@ std::uint16_t announcedSamples(std::size_t samples, std::size_t missing) {
         samples > 512 && power > samples && power - samples + missing <= power / 10;
     return static_cast<std::uint16_t>(completes ? power
                                                 : std::min<std::size_t>(samples, OV_MAX_SAMPLES));
+}
+
+float opposite(float degrees) {
+    if (degrees == OV_MISSING) {
+        return degrees;
+    }
+    return degrees < 180.0F ? degrees + 180.0F : degrees - 180.0F;
+}
+
+// The coefficients keep their sense, which does not depend on that of directions.
+void turnAround(BurstResult &result) {
+    for (const OVWaveParameter slot : {OV_PEAK_DIRECTION, OV_MEAN_DIRECTION}) {
+        result.waves.waveParameters[slot] = opposite(result.waves.waveParameters[slot]);
+    }
+    for (std::size_t f = 0; f < result.energy.size(); ++f) {
+        result.spectra.direction[f] = opposite(result.spectra.direction[f]);
+    }
 }
 
 float knownOr0(double angle) { return std::isfinite(angle) ? static_cast<float>(angle) : 0.0F; }
@@ -298,9 +317,18 @@ void BurstRunner::Impl::collect(BurstResult &result) {
     const auto count = static_cast<std::size_t>(std::clamp(energy.count, 0, OV_MAX_FREQUENCIES));
     result.energy.assign(energy.values, energy.values + count);
     collectDistribution(result);
+    if (!choices.comingFrom) {
+        turnAround(result);
+    }
 }
 
 void BurstRunner::Impl::collectDistribution(BurstResult &result) {
+    if (!choices.comingFrom) {
+        // The library draws the distribution anew, in the sense that is then in force.
+        OVProcessingParameters other = parameters;
+        other.reverseDirections = 0;
+        OVSetProcPar_ptr(record.get(), &other);
+    }
     std::vector<float> weights(static_cast<std::size_t>(OV_MAX_FREQUENCIES) * OV_MAX_DIRECTIONS,
                                OV_MISSING);
     OVGetFullWaveDirSpectrum_ptr(record.get(), weights.data());

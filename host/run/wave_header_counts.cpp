@@ -14,7 +14,8 @@ namespace {
 constexpr double kHalfSoundSpeed = 750.0;           // [m/s]
 constexpr double kPressureCount = 0.02288818359375; // [m]
 constexpr double kCloseEnough = 0.0005;             // [m]
-constexpr double kTolerance = 0.01;                 // [m] resolution of the coarsest type
+// A pressure count is 2.3 cm and type 3 rounds down to whole centimetres: between two counts 1.3 cm stay out of reach.
+constexpr double kTolerance = 0.007; // [m]
 // Distances beyond the gap between two pressure counts, rounded to centimetres, bring no range that is not there yet.
 constexpr double kLargestDistance = 0.04; // [m]
 

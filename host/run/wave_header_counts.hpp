@@ -15,7 +15,7 @@ struct HeaderCounts {
 // Range from the head to the cell [m] that the library reads from a pair of counts.
 double cellRangeOfCounts(const OVInstrumentConfig &config, const HeaderCounts &counts);
 
-// The counts that come nearest to a range [m]. Throws UserError when none comes within a centimetre.
+// The counts that come nearest to a range [m]. Throws UserError when none comes within 7 mm.
 HeaderCounts countsOfCellRange(const OVInstrumentConfig &config, double cellRange);
 
 } // namespace orvik
