@@ -315,15 +315,18 @@ TEST(WaveHeader, ClearsTheElementsBehindTheBurstThatRepairReads) {
     }
 }
 
-TEST(WaveHeader, AFullBurstHasNoElementBehindItToClear) {
+// A full pressure series is followed by the velocities, which are the samples' to fill; the track by nothing of its own.
+TEST(WaveHeader, BehindAFullBurstOnlyTheNextElementIsCleared) {
     const RecordPtr record = recordOf(3, 1.0e6F);
     record->velocitySeries[0][0] = 5.0F;
-    record->astSampleRateSeries[0] = 6.0F;
+    record->velocitySeries[0][1] = 6.0F;
+    record->astSampleRateSeries[0] = 7.0F;
     OVWaveHeader header{};
     header.nSamples = 16384;
     ov::setWaveHeader(*record, header);
-    EXPECT_EQ(record->velocitySeries[0][0], 5.0F);   // what follows the pressure
-    EXPECT_EQ(record->astSampleRateSeries[0], 6.0F); // what follows the track
+    EXPECT_EQ(record->velocitySeries[0][0], 0.0F);
+    EXPECT_EQ(record->velocitySeries[0][1], 6.0F);
+    EXPECT_EQ(record->astSampleRateSeries[0], 7.0F);
 }
 
 } // namespace
