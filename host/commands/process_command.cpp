@@ -102,6 +102,7 @@ std::map<std::string, std::string> provenance(const ProcessOptions &options,
                                               const BurstFileReader &reader,
                                               const OVProcessingParameters &used) {
     const Instrument &instrument = reader.instrument();
+    // The plus signs below make copies: fields of packed structures may lie at any address.
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     std::string given;
     for (const std::string &value : options.values) {
@@ -121,9 +122,9 @@ std::map<std::string, std::string> provenance(const ProcessOptions &options,
          fmt::format("freq {:g} to {:g} Hz, surface track {:g} to {:g} Hz, step {:g} Hz, {} "
                      "directions, dirBandWidth {}, "
                      "specBandWidth {}, directionalInputMode {}, estimateMask {}",
-                     used.freqMin, used.freqMax, used.fineFreqMin, used.fineFreqMax, used.freqStep,
-                     used.nDirections, used.dirBandWidth, used.specBandWidth,
-                     used.directionalInputMode, used.estimateMask)},
+                     +used.freqMin, +used.freqMax, +used.fineFreqMin, +used.fineFreqMax,
+                     +used.freqStep, +used.nDirections, +used.dirBandWidth, +used.specBandWidth,
+                     +used.directionalInputMode, +used.estimateMask)},
         {"instrument",
          fmt::format("type {}, {:g} Hz sampling, {:g} Hz acoustic, slant {:g} degree, cell range "
                      "{:g} m, cell size {:g} m, "

@@ -314,8 +314,12 @@ void BurstRunner::Impl::collect(BurstResult &result) {
     }
     OVEnergySpectrumBlock energy{};
     OVGetEnergySpecStruct_ptr(record.get(), &energy);
-    const auto count = static_cast<std::size_t>(std::clamp(energy.count, 0, OV_MAX_FREQUENCIES));
-    result.energy.assign(energy.values, energy.values + count);
+    const std::int32_t count =
+        energy.count; // a copy: fields of packed structures may lie at any address
+    result.energy.resize(static_cast<std::size_t>(std::clamp(count, 0, OV_MAX_FREQUENCIES)));
+    for (std::size_t f = 0; f < result.energy.size(); ++f) {
+        result.energy[f] = energy.values[f];
+    }
     collectDistribution(result);
     if (!choices.comingFrom) {
         turnAround(result);
@@ -332,8 +336,8 @@ void BurstRunner::Impl::collectDistribution(BurstResult &result) {
     std::vector<float> weights(static_cast<std::size_t>(OV_MAX_FREQUENCIES) * OV_MAX_DIRECTIONS,
                                OV_MISSING);
     OVGetFullWaveDirSpectrum_ptr(record.get(), weights.data());
-    const auto directions =
-        static_cast<std::ptrdiff_t>(std::clamp(parameters.nDirections, 0, OV_MAX_DIRECTIONS));
+    const std::int32_t wanted = parameters.nDirections;
+    const auto directions = static_cast<std::ptrdiff_t>(std::clamp(wanted, 0, OV_MAX_DIRECTIONS));
     for (std::size_t f = 0; f < result.energy.size(); ++f) {
         const auto row = weights.begin() + static_cast<std::ptrdiff_t>(f * OV_MAX_DIRECTIONS);
         const float sum = std::accumulate(row, row + directions, 0.0F);

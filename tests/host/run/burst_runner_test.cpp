@@ -76,7 +76,7 @@ TEST_P(Methods, FindTheSea) {
     const BurstResult result = run(simulated.burst, method(GetParam()));
     ASSERT_TRUE(result.processed) << result.reason;
     EXPECT_TRUE(result.notes.empty());
-    EXPECT_EQ(result.waves.qualityFlags, 0);
+    EXPECT_EQ(+result.waves.qualityFlags, 0);
     EXPECT_NEAR(wave(result, OV_HM0), simulated.truth.realisedHeight,
                 0.08 * simulated.truth.realisedHeight);
     EXPECT_NEAR(wave(result, OV_TP), simulated.truth.peakPeriod, 0.8);
@@ -95,8 +95,8 @@ TEST_P(Methods, GoingToIsTheOtherWay) {
         std::remainder(wave(from, OV_MEAN_DIRECTION) - wave(to, OV_MEAN_DIRECTION) - 180.0, 360.0),
         0.0, 1e-3);
     // The coefficients keep their one convention.
-    EXPECT_EQ(from.spectra.coefP[10], to.spectra.coefP[10]);
-    EXPECT_EQ(from.spectra.coefQ[10], to.spectra.coefQ[10]);
+    EXPECT_EQ(+from.spectra.coefP[10], +to.spectra.coefP[10]);
+    EXPECT_EQ(+from.spectra.coefQ[10], +to.spectra.coefQ[10]);
     EXPECT_EQ(wave(from, OV_HM0), wave(to, OV_HM0));
     for (std::size_t k = 0; k < 45; ++k) {
         EXPECT_NEAR(from.directionWeights[10 * 90 + k], to.directionWeights[10 * 90 + k + 45],
@@ -171,7 +171,7 @@ TEST(BurstRunner, BadBurstsSayWhyAndLeaveNoTrace) {
     const BurstResult rejected = runner.run(holed);
     EXPECT_FALSE(rejected.processed);
     EXPECT_EQ(rejected.reason, "more than 10 % of the samples are missing");
-    EXPECT_EQ(rejected.waves.qualityFlags, OV_FLAG_NO_RESULT);
+    EXPECT_EQ(+rejected.waves.qualityFlags, OV_FLAG_NO_RESULT);
     EXPECT_EQ(wave(rejected, OV_HM0), OV_MISSING);
     Burst lost = good;
     lost.pitch = kUnknown;
@@ -211,8 +211,8 @@ TEST(BurstRunner, AnUnusableTrackIsAsGoodAsNone) {
         for (const Burst &burst : {dropped, without}) {
             const BurstResult result = run(burst, method(number));
             ASSERT_TRUE(result.processed);
-            EXPECT_EQ(result.waves.qualityFlags, OV_FLAG_NO_TRACK);
-            EXPECT_EQ(result.parameters.processingMethod, number - 1);
+            EXPECT_EQ(+result.waves.qualityFlags, OV_FLAG_NO_TRACK);
+            EXPECT_EQ(+result.parameters.processingMethod, number - 1);
             EXPECT_EQ(wave(result, OV_HM0), wave(expected, OV_HM0));
             EXPECT_EQ(wave(result, OV_MEAN_DIRECTION), wave(expected, OV_MEAN_DIRECTION));
         }
@@ -282,9 +282,9 @@ TEST(BurstRunner, SamplingRatesThatTheLibraryKnows) {
     instrument.acousticFrequency = 400000.0;
     instrument.samplingRate = 0.75;
     const BurstRunner slow(instrument, method(4));
-    EXPECT_FLOAT_EQ(slow.parameters().freqMax, 0.375F);
+    EXPECT_FLOAT_EQ(+slow.parameters().freqMax, 0.375F);
     instrument.samplingRate = 10.0;
-    EXPECT_FLOAT_EQ(BurstRunner(instrument, method(1)).parameters().freqMax, 0.99F);
+    EXPECT_FLOAT_EQ(+BurstRunner(instrument, method(1)).parameters().freqMax, 0.99F);
 }
 
 TEST(BurstRunner, UnusableInstrumentsAreRefused) {
