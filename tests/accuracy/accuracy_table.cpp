@@ -89,12 +89,15 @@ constexpr const char *kLimits = R"(## What limits the results
 - **Pressure.** On the bed the response to a wave of half the depth-limited length is 4 %: above that frequency the
   spectrum is a fixed f^-4.5 tail, and noise just below it is amplified up to 23 times in amplitude.
 - **Current.** Wavenumbers carry the Doppler shift of the mean current, but the velocity gains use the frequency seen
-  by the fixed instrument instead of the one the water feels. Velocity and surface track then disagree in amplitude,
-  and the maximum likelihood distribution of method 4 widens. Heights from the track are not touched; directions hold.
-  Method 1 finds the wave direction that the current is projected on before its high-frequency noise is cut off, so its
-  pressure heights are corrected by too little or too much.
-- **Two systems.** The mean direction of a sea with two systems lies between them, weighted with energy. Where the
-  systems overlap in frequency the peak's direction is that of the mixture.
+  by the fixed instrument instead of the one the water feels. Heights from velocity come out too low on a following
+  current and too high on an opposing one. In method 4 velocity and surface track disagree in amplitude, and the
+  distribution widens: the spread column shows how much. Directions hold, and heights from the track are not touched.
+  Heights from pressure scatter from burst to burst: the wave direction that the current is projected on is found
+  before the noise of the highest frequencies is cut off, so that the depth correction takes too little or too much of
+  the current.
+- **Two systems.** The mean direction of a sea with two systems lies between them, weighted with energy. A narrow swell
+  peak is flattened by the band averaging (8 transform bins); where it is not much higher than that of the wind sea, the
+  wind sea's is found as the peak, with its own direction.
 - **Spatial aliasing.** Beams are {:.1f} m apart at 10 m range and 25 degrees slant: directions of waves shorter than
   twice that spacing are missing in methods 2 to 4.
 - **Given east-north-up velocities.** An instrument that converts its beams sample by sample mixes beams taken 1/16 s
