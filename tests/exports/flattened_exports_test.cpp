@@ -183,7 +183,7 @@ struct BandValues {
     }
 };
 
-// Waves of one bin towards the north-east, r = 0.5: every value is known.
+// The peak's bin has other directions than its neighbours, so that no two values are the same.
 TEST_F(Flattened, BandEstimateInTheOrderOfTheFields) {
     rec().processedFlag = 1;
     rec().activeMethod = 1;
@@ -193,19 +193,19 @@ TEST_F(Flattened, BandEstimateInTheOrderOfTheFields) {
     for (int i = 0; i < 3; ++i) {
         rec().frequencies[i] = 0.125F * static_cast<float>(i + 1);
         rec().paramFrequencies[i] = rec().frequencies[i];
-        rec().fourierA1[i] = 0.3F;
-        rec().fourierB1[i] = 0.4F;
+        rec().spectraUsed[i] = i == 1 ? 2.0F : 1.0F;
+        rec().fourierA1[i] = i == 1 ? 0.3F : 0.5F;
+        rec().fourierB1[i] = i == 1 ? 0.4F : 0.0F;
     }
-    rec().spectraUsed[1] = 2.0F;
     BandValues band{};
     ASSERT_EQ(band.get(), 0);
-    EXPECT_FLOAT_EQ(band.values[0], 2.0F); // 4 sqrt(2 / 8)
-    EXPECT_FLOAT_EQ(band.values[1], 4.0F); // 1 / 0.25 Hz
+    EXPECT_FLOAT_EQ(band.values[0], 2.8284271F); // 4 sqrt(4 / 8)
+    EXPECT_FLOAT_EQ(band.values[1], 3.7712362F); // sqrt(64 / 4.5)
     EXPECT_EQ(band.values[2], 0.0F);
-    EXPECT_NEAR(band.values[3], 36.869898F, 1e-4F); // peak direction
-    EXPECT_NEAR(band.values[4], 36.869898F, 1e-4F); // mean direction
+    EXPECT_NEAR(band.values[3], 36.869898F, 1e-4F); // peak direction, of (0.3, 0.4)
+    EXPECT_NEAR(band.values[4], 63.434949F, 1e-4F); // mean direction, of (0.4, 0.2)
     EXPECT_NEAR(band.values[5], 57.295780F, 1e-4F); // peak spread
-    EXPECT_NEAR(std::bit_cast<float>(band.meanSpreadBits), 57.295780F, 1e-4F);
+    EXPECT_NEAR(std::bit_cast<float>(band.meanSpreadBits), 60.244348F, 1e-4F);
     EXPECT_EQ(band.status, 0);
 }
 
