@@ -86,8 +86,8 @@ constexpr const char *kLimits = R"(## What limits the results
 
 - **Sampling.** A 17-minute burst holds about 1024 s / Tp waves. The scatter columns are what a single burst differs
   from its neighbour; no processing removes that.
-- **Pressure.** On the bed the response to a wave of half the depth-limited length is 4 %: above that frequency the
-  spectrum is a fixed f^-4.5 tail, and noise just below it is amplified up to 23 times in amplitude.
+- **Pressure.** A wave twice as long as the water is deep has 9 % of its surface pressure on the bed: above its frequency the
+  spectrum is a fixed f^-4.5 tail, and noise just below it is amplified up to 12 times in amplitude.
 - **Current.** Wavenumbers carry the Doppler shift of the mean current, but the velocity gains use the frequency seen
   by the fixed instrument instead of the one the water feels. Heights from velocity come out too low on a following
   current and too high on an opposing one. In method 4 velocity and surface track disagree in amplitude, and the
