@@ -312,7 +312,7 @@ TEST_F(ProfilePreProcess, TheTiltThatCountsIsTheLargestOfTheBurst) {
     rec.attitudeSeries[2][kSamples - 1] = 6.0F;
     rec.attitudeSeries[2][500] = -5.0F;
     rec.attitudeSeries[0][50] = 300.0F;          // a heading is no tilt
-    rec.attitudeSeries[1][kSamples + 1] = 20.0F; // past the burst
+    rec.attitudeSeries[1][kSamples + 1] = 80.0F; // past the burst
     run();
     const double tilt = std::acos(std::cos(8.0 * kDegree) * std::cos(6.0 * kDegree));
     const double cosine = std::cos(25.0 * kDegree - tilt);
