@@ -31,12 +31,19 @@ constexpr Case kCases[] = {
     {"ProfileMethod3", 3, 16, 512, true}, {"ProfileMethod4", 4, 16, 512, false},
 };
 
+// A faulty burst ends in faults too: their repair looks behind the burst.
 SyntheticBurst burstOf(const Case &c) {
-    return makeSyntheticBurst({.method = c.method,
-                               .instrumentType = c.instrumentType,
-                               .nSamples = c.nSamples,
-                               .tilted = c.faulty,
-                               .faulty = c.faulty});
+    SyntheticBurst burst = makeSyntheticBurst({.method = c.method,
+                                               .instrumentType = c.instrumentType,
+                                               .nSamples = c.nSamples,
+                                               .tilted = c.faulty,
+                                               .faulty = c.faulty});
+    if (c.faulty) {
+        burst.samples.back().pressure = 60.0F;
+        burst.samples.back().astDistance1 = 0.0F;
+        burst.samples.back().astDistance2 = 0.0F;
+    }
+    return burst;
 }
 
 // The whole burst, and the bytes of every getter.
