@@ -96,6 +96,24 @@ TEST(CrossSpectra, AreTheInterpolatedMeansOfTwoBandsInEveryPlace) {
     }
 }
 
+// exact: with a length that is no power of two the harmonic step rounds.
+TEST(CrossSpectra, TheHarmonicStepIsASinglePrecisionNumber) {
+    const RecordPtr rec = spectra(1);
+    int differing = 0;
+    for (int samples = 301; samples <= 511; samples += 7) {
+        rec->burstLength = samples;
+        rec->samplingRateHz = 0.75F;
+        rec->dirBandWidth = 8;
+        rec->frequencies[0] = 0.2F;
+        ov::computeCrossSpectra(*rec, 0);
+        const float inSingle = rec->crossSpectralMatrix[0][0];
+        ASSERT_EQ(inSingle, static_cast<float>(plainDensity(*rec, 0.2F, 8, 0, 0).co));
+        const double wideStep = static_cast<double>(0.75F) / samples;
+        differing += static_cast<double>(0.75F / static_cast<float>(samples)) != wideStep ? 1 : 0;
+    }
+    EXPECT_GT(differing, 0);
+}
+
 TEST(CrossSpectra, BelowAWidthOfEightLieBetweenTwoNeighbouringPlaces) {
     for (const int width : {1, 4, 7}) {
         const RecordPtr rec = spectra(1);

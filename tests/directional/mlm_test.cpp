@@ -438,6 +438,31 @@ TEST(Imlm, FeedsTheDifferenceBackAndRenormalises) {
     }
 }
 
+// exact: the clipped correction is a single-precision number, its sum and its share are not.
+TEST(Imlm, RoundsTheCorrectionBeforeItIsNormalised) {
+    const RecordPtr rec = problem(4, 90, 21);
+    const RecordPtr model = problem(4, 90, 21);
+    rec->iterationLimit = 1;
+    ov::estimateMlm(*rec);
+    const std::vector<double> first(rec->directionalDistribution,
+                                    rec->directionalDistribution + 90);
+    ov::refineImlm(*rec);
+
+    std::copy(first.begin(), first.end(), model->imlmWork);
+    ov::computeModelCrossSpectra(*model);
+    ov::estimateMlm(*model);
+    std::vector<double> corrected;
+    double sum = 0.0;
+    for (std::size_t k = 0; k < 90; ++k) {
+        const double value = first[k] - model->directionalDistribution[k] + first[k];
+        corrected.push_back(static_cast<double>(static_cast<float>(std::max(0.0, value))));
+        sum += corrected.back();
+    }
+    for (std::size_t k = 0; k < 90; ++k) {
+        EXPECT_EQ(rec->imlmWork[k], corrected[k] / (sum * (2.0 * M_PI / 90))) << k;
+    }
+}
+
 TEST(Imlm, KeepsTheFirstEstimateUnchanged) {
     const RecordPtr rec = problem(4, 90, 21);
     ov::estimateMlm(*rec);

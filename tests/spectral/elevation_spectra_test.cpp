@@ -415,6 +415,8 @@ TEST(CutAndTail, TheLongestOfTheFirstEightBinsTakeThePressureSpectrum) {
         rec->frequencies[i] = 0.01F * static_cast<float>(i + 1); // bin 3 is 0.04 Hz
         rec->spectraUsed[i] = 7.0F;
     }
+    rec->frequencies[3] = 0.040005F; // the limit lies a hundred-thousandth above 0.04 Hz
+    rec->frequencies[4] = 0.040015F;
     rec->instrumentDepth = 1e6F;
     std::fill_n(rec->waveNumbers, 40, 0.0F);
     ov::cutAndTailSpectra(*rec);
