@@ -91,10 +91,8 @@ RecordPtr problem(int n, int directions, std::uint32_t seed) {
             rec->transferIm[s][k] = 0.5 * std::sin(2.0 * theta + s) + 0.4 * random.next();
         }
     }
-    double sum = 0.0;
     for (int k = 0; k < directions; ++k) {
         rec->imlmWork[k] = 1.05 + random.next();
-        sum += rec->imlmWork[k];
     }
     ov::computeModelCrossSpectra(*rec);
     for (int s = 0; s < n; ++s) {
