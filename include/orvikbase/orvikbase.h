@@ -208,11 +208,18 @@ OV_API int32_t OVSetSpectraUsed(const OVSpectraUsedInput *input);
 OV_API int32_t OVGetDirectionalSpectrum_ptr(OVRecord *record, OVFourierCoefficientSpectra *block);
 OV_API int32_t OVGetDirectionalSpectrum(OVFourierCoefficientSpectra *block);
 
-/** Distribution times energy, `count` rows of 90 values. */
+/**
+ * Distribution times energy, `count` rows of 90 values. After OVProcess with method 3 or 4 a row times the bin width
+ * 2 pi / nDirections sums to the energy (bins in the level frame); after OVGetFullWaveDirSpectrum the row itself does
+ * (bins by compass bearing).
+ */
 OV_API int32_t OVGetFullDirSpectraWithEnergy_ptr(OVRecord *record, float *spectra);
 OV_API int32_t OVGetFullDirSpectraWithEnergy(float *spectra);
 
-/** Maximum entropy distribution as bin weights (a row sums to about 1), `count` rows of 90 values. */
+/**
+ * Maximum entropy distribution as bin weights, `count` rows of 90 values. A row sums to about 1 as long as the
+ * distribution is wide against a bin: the twin peaks of a much narrower one fall between bins.
+ */
 OV_API int32_t OVGetFullWaveDirSpectrum_ptr(OVRecord *record, float *spectra);
 OV_API int32_t OVGetFullWaveDirSpectrum(float *spectra);
 
