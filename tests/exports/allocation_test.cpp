@@ -15,7 +15,7 @@ using namespace orvik::test;
 
 TEST(Allocation, TheCounterCounts) {
     const AllocationCounter counter;
-    const auto something = std::make_unique<int>(1);
+    const auto something = std::make_unique<volatile int>(1);
     EXPECT_GE(counter.count(), 1U) << *something;
 }
 
