@@ -131,13 +131,14 @@ public:
         if (!result.processed) {
             return;
         }
-        const float *const w = result.waves.waveParameters;
-        heights_.push_back(100.0 * (static_cast<double>(w[OV_HM0]) / truth.realisedHeight - 1.0));
-        const double peak = 1.0 / static_cast<double>(w[OV_TP]);
+        // The structure is packed: a pointer into it may be misaligned.
+        const auto wave = [&result](int slot) { return static_cast<double>(result.waves.waveParameters[slot]); };
+        heights_.push_back(100.0 * (wave(OV_HM0) / truth.realisedHeight - 1.0));
+        const double peak = 1.0 / wave(OV_TP);
         peaks_.push_back((peak - 1.0 / truth.peakPeriod) / kFrequencyStep);
-        means_.push_back(signedTurn(truth.meanDirection, static_cast<double>(w[OV_MEAN_DIRECTION])));
-        peakDirections_.push_back(signedTurn(truth.peakDirection, static_cast<double>(w[OV_PEAK_DIRECTION])));
-        spreads_.push_back(static_cast<double>(w[OV_PEAK_SPREAD]) - truth.peakSpread);
+        means_.push_back(signedTurn(truth.meanDirection, wave(OV_MEAN_DIRECTION)));
+        peakDirections_.push_back(signedTurn(truth.peakDirection, wave(OV_PEAK_DIRECTION)));
+        spreads_.push_back(wave(OV_PEAK_SPREAD) - truth.peakSpread);
     }
 
     [[nodiscard]] Errors errors() const {
