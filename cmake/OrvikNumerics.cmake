@@ -31,3 +31,8 @@ if(ORVIK_SANITIZE)
   add_compile_options(-fsanitize=${ORVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${ORVIK_SANITIZE})
 endif()
+
+# A fuzzer follows the branches of the library that its inputs reach.
+if(ORVIK_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
