@@ -146,16 +146,15 @@ public:
         return record_ != nullptr;
     }
 
-    /** Store the next sample with its profile. Of each beam at most kMaxCells cells are taken. */
-    bool addProfile(const ProfileSample &sample) noexcept {
-        return addProfile(std::span(&sample, 1));
+    /** Store the next sample with its profile; one past the burst changes nothing. The sample can be used again. */
+    bool addProfile(ProfileSample &sample) noexcept {
+        return VELTASetWaveSampleProfile_ptr(record_, sample.packed()) == 0;
     }
 
     /** Store the next samples with their profiles, in order. */
-    bool addProfile(std::span<const ProfileSample> samples) noexcept {
-        detail::ProfilePacker packer;
-        for (const ProfileSample &sample : samples) {
-            VELTASetWaveSampleProfile_ptr(record_, packer.packed(sample));
+    bool addProfile(std::span<ProfileSample> samples) noexcept {
+        for (ProfileSample &sample : samples) {
+            addProfile(sample);
         }
         return record_ != nullptr;
     }

@@ -9,9 +9,11 @@
 #ifndef ORVIKBASE_ORVIKBASE_TYPES_HPP
 #define ORVIKBASE_ORVIKBASE_TYPES_HPP
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "orvikbase/ov_types.h"
@@ -182,15 +184,12 @@ struct SuvSample {
     float channel2 = 0.0F;
 };
 
-/** What one slanted beam of a profile instrument saw, by cell. Cells beyond a span's end count as 0. */
-struct ProfileBeam {
-    std::span<const std::int16_t> velocity{};    ///< mm/s, positive away from the head
-    std::span<const std::uint8_t> amplitude{};   ///< counts
-    std::span<const std::uint8_t> correlation{}; ///< percent
-};
-
-/** One sample of a profile instrument. The cells stay the host's: the spans need to live until the sample is added. */
-struct ProfileSample {
+/**
+ * One sample of a profile instrument, 4 KB. Its cells are kept as the library takes them, so that they are copied once:
+ * a host fills one such object again and again, or has one a sample.
+ */
+class ProfileSample {
+public:
     bool valid = true;      ///< a missing one repeats the one before it
     float pressure = 0.0F;  ///< m of water (dbar), relative to the atmosphere
     float distance1 = 0.0F; ///< m
@@ -198,7 +197,39 @@ struct ProfileSample {
     float heading = 0.0F;   ///< degrees
     float pitch = 0.0F;     ///< degrees
     float roll = 0.0F;      ///< degrees
-    std::array<ProfileBeam, kMaxBeams> beams{};
+
+    /**
+     * What beam `beam` (below kMaxBeams) saw, from the cell next to the head outwards: velocity in mm/s, positive away
+     * from the head, echo strength in counts and correlation in percent. Takes as many cells as all three spans have,
+     * at most kMaxCells; those behind them keep what they had, 0 at first. The library reads as many as the header says.
+     */
+    void setBeam(std::size_t beam, std::span<const std::int16_t> velocity,
+                 std::span<const std::uint8_t> amplitude,
+                 std::span<const std::uint8_t> correlation) noexcept {
+        const std::size_t cells = std::min(std::min(velocity.size(), amplitude.size()),
+                                           std::min(correlation.size(), kMaxCells));
+        if (cells == 0) {
+            return;
+        }
+        std::memcpy(&packed_.profileVelocity[beam], velocity.data(), cells * sizeof velocity[0]);
+        std::memcpy(&packed_.profileAmplitude[beam], amplitude.data(), cells);
+        std::memcpy(&packed_.profileCorrelation[beam], correlation.data(), cells);
+    }
+
+    /** The sample as the C interface takes it. Its calls write into it; the next packed() makes that good. */
+    [[nodiscard]] OVWaveSampleProfile *packed() noexcept {
+        packed_.valid = valid ? 1 : 0;
+        packed_.pressure = pressure;
+        packed_.astDistance1 = distance1;
+        packed_.astDistance2 = distance2;
+        packed_.attitude[0] = heading;
+        packed_.attitude[1] = pitch;
+        packed_.attitude[2] = roll;
+        return &packed_;
+    }
+
+private:
+    OVWaveSampleProfile packed_{};
 };
 
 /** How pre-processing treats the surface track. */

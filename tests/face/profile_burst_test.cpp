@@ -7,37 +7,29 @@ using namespace orvik::test;
 
 constexpr std::size_t kCells = kProfileCells;
 
-// A profile's cells as a host may have them: beam by beam, no longer than needed.
-struct HostProfile {
-    std::array<std::vector<std::int16_t>, kMaxBeams> velocity;
-    std::array<std::vector<std::uint8_t>, kMaxBeams> amplitude;
-    std::array<std::vector<std::uint8_t>, kMaxBeams> correlation;
+// With its first `cells` cells.
+ProfileSample faceProfile(const OVWaveSampleProfile &packed, std::size_t cells = kCells) {
     ProfileSample sample;
-
-    explicit HostProfile(const OVWaveSampleProfile &packed, std::size_t cells = kCells) {
-        sample.valid = packed.valid != 0;
-        sample.pressure = packed.pressure;
-        sample.distance1 = packed.astDistance1;
-        sample.distance2 = packed.astDistance2;
-        sample.heading = packed.attitude[0];
-        sample.pitch = packed.attitude[1];
-        sample.roll = packed.attitude[2];
-        for (std::size_t b = 0; b < kMaxBeams; ++b) {
-            for (std::size_t cell = 0; cell < cells; ++cell) {
-                velocity[b].push_back(packed.profileVelocity[b][cell]);
-                amplitude[b].push_back(packed.profileAmplitude[b][cell]);
-                correlation[b].push_back(packed.profileCorrelation[b][cell]);
-            }
+    sample.valid = packed.valid != 0;
+    sample.pressure = packed.pressure;
+    sample.distance1 = packed.astDistance1;
+    sample.distance2 = packed.astDistance2;
+    sample.heading = packed.attitude[0];
+    sample.pitch = packed.attitude[1];
+    sample.roll = packed.attitude[2];
+    for (std::size_t b = 0; b < kMaxBeams; ++b) {
+        std::vector<std::int16_t> velocity;
+        std::vector<std::uint8_t> amplitude;
+        std::vector<std::uint8_t> correlation;
+        for (std::size_t cell = 0; cell < cells; ++cell) {
+            velocity.push_back(packed.profileVelocity[b][cell]);
+            amplitude.push_back(packed.profileAmplitude[b][cell]);
+            correlation.push_back(packed.profileCorrelation[b][cell]);
         }
+        sample.setBeam(b, velocity, amplitude, correlation);
     }
-    ProfileSample view() const {
-        ProfileSample result = sample;
-        for (std::size_t b = 0; b < kMaxBeams; ++b) {
-            result.beams[b] = {velocity[b], amplitude[b], correlation[b]};
-        }
-        return result;
-    }
-};
+    return sample;
+}
 
 class ProfileBurst : public BothSides, public testing::WithParamInterface<int> {
 protected:
@@ -73,15 +65,11 @@ TEST_P(ProfileBurst, EveryStepLeavesTheSameRecord) {
     const SyntheticBurst burst =
         makeSyntheticBurst({.method = GetParam(), .nSamples = 512, .faulty = true});
     open(burst);
-    std::vector<HostProfile> profiles;
+    std::vector<ProfileSample> samples;
     for (const OVWaveSample &point : burst.samples) {
         OVWaveSampleProfile sample = makeProfileSample(point);
-        profiles.emplace_back(sample);
+        samples.push_back(faceProfile(sample));
         VELTASetWaveSampleProfile_ptr(c(), &sample);
-    }
-    std::vector<ProfileSample> samples;
-    for (const HostProfile &profile : profiles) {
-        samples.push_back(profile.view());
     }
     EXPECT_TRUE(face.addProfile(samples.front()));
     EXPECT_TRUE(face.addProfile(std::span(samples).subspan(1)));
@@ -108,52 +96,71 @@ TEST_P(ProfileBurst, EveryStepLeavesTheSameRecord) {
 
 INSTANTIATE_TEST_SUITE_P(Methods, ProfileBurst, testing::Values(1, 2, 3, 4));
 
-using ProfileCells = ProfileBurst;
-
-// Beams of different lengths, shorter ones after longer ones, and one that is longer than a profile can be.
-TEST_P(ProfileCells, BeyondASpanCountAsZero) {
+// The library marks what it has taken as valid; the host's sample stays what it was.
+TEST_P(ProfileBurst, AMissingSampleIsMissingEachTimeItIsAdded) {
     const SyntheticBurst burst = makeSyntheticBurst({.method = GetParam(), .nSamples = 512});
     open(burst);
-    const OVWaveSampleProfile full = makeProfileSample(burst.samples[0]);
-    std::vector<HostProfile> profiles;
-    for (const std::size_t cells :
-         {kCells, std::size_t{5}, kCells, std::size_t{0}, std::size_t{7}}) {
-        OVWaveSampleProfile sample = full;
-        for (std::size_t b = 0; b < kMaxBeams; ++b) {
-            for (std::size_t cell = cells; cell < kCells; ++cell) {
-                sample.profileVelocity[b][cell] = 0;
-                sample.profileAmplitude[b][cell] = 0;
-                sample.profileCorrelation[b][cell] = 0;
-            }
-        }
-        profiles.emplace_back(full, cells);
-        VELTASetWaveSampleProfile_ptr(c(), &sample);
+    OVWaveSampleProfile packed = makeProfileSample(burst.samples[0]);
+    ProfileSample sample = faceProfile(packed);
+    for (int i = 0; i < 3; ++i) {
+        packed.valid = i == 0 ? 1 : 0;
+        sample.valid = i == 0;
+        VELTASetWaveSampleProfile_ptr(c(), &packed);
+        EXPECT_TRUE(face.addProfile(sample));
+        EXPECT_EQ(sample.valid, i == 0);
     }
-    std::vector<ProfileSample> samples;
-    for (const HostProfile &profile : profiles) {
-        samples.push_back(profile.view());
-    }
-    EXPECT_TRUE(face.addProfile(samples));
-    expectSameRecords("shorter beams");
+    EXPECT_TRUE(face.addProfile(sample));
+    packed.valid = 0;
+    VELTASetWaveSampleProfile_ptr(c(), &packed);
+    expectSameRecords("missing samples");
 }
 
-TEST_P(ProfileCells, BeyondTheCapacityAreNotTaken) {
-    orvikbase::detail::ProfilePacker packer;
+// ---- The sample itself
+
+TEST(FaceProfileSample, PacksEveryField) {
+    OVWaveSampleProfile packed{};
+    auto *const bytes = reinterpret_cast<unsigned char *>(&packed);
+    for (std::size_t i = 0; i < sizeof packed; ++i) {
+        bytes[i] = static_cast<unsigned char>(1 + i % 125);
+    }
+    packed.valid = 1;
+    packed.reserved[0] = 0; // have no plain field
+    packed.reserved[1] = 0;
+    ProfileSample sample = faceProfile(packed, kMaxCells);
+    EXPECT_EQ(bytesOf(*sample.packed()), bytesOf(packed));
+}
+
+TEST(FaceProfileSample, TakesNoMoreCellsThanAProfileHas) {
     const std::vector<std::int16_t> velocity(kMaxCells + 50, std::int16_t{-7});
     const std::vector<std::uint8_t> counts(kMaxCells + 50, std::uint8_t{9});
-    ProfileSample sample{.pressure = 1.0F};
-    sample.beams[3] = {velocity, counts, counts};
-    const OVWaveSampleProfile &packed = *packer.packed(sample);
+    ProfileSample sample;
+    sample.setBeam(0, velocity, counts, counts);
+    sample.setBeam(3, velocity, counts, counts);
+    const OVWaveSampleProfile &packed = *sample.packed();
     EXPECT_EQ(packed.profileVelocity[3][kMaxCells - 1], -7);
-    EXPECT_EQ(packed.profileAmplitude[0][0], 0);
-    EXPECT_EQ(packed.profileAmplitude[3][kMaxCells - 1], 9);
     EXPECT_EQ(packed.profileCorrelation[3][kMaxCells - 1], 9);
-    EXPECT_EQ(packed.attitude[0], 0.0F); // what follows the last beam
-    const OVWaveSampleProfile &empty = *packer.packed(ProfileSample{});
-    EXPECT_EQ(empty.profileVelocity[3][kMaxCells - 1], 0);
-    EXPECT_EQ(empty.profileCorrelation[3][kMaxCells - 1], 0);
+    EXPECT_EQ(packed.profileVelocity[1][0], 0); // the beam after the first
+    EXPECT_EQ(packed.profileAmplitude[1][0], 0);
+    EXPECT_EQ(packed.attitude[0], 0.0F); // what follows the last one
 }
 
-INSTANTIATE_TEST_SUITE_P(OneMethod, ProfileCells, testing::Values(3));
+TEST(FaceProfileSample, TakesTheCellsThatAllThreeSpansHaveAndKeepsTheRest) {
+    const std::array<std::int16_t, 3> velocity{1, 2, 3};
+    const std::array<std::uint8_t, 3> counts{4, 5, 6};
+    ProfileSample sample;
+    sample.setBeam(2, velocity, counts, counts);
+    sample.setBeam(2, std::span(velocity).last(1), std::span(counts).last(2), counts);
+    sample.setBeam(2, velocity, {}, counts);
+    sample.setBeam(2, {}, counts, counts);
+    sample.setBeam(2, velocity, counts, {});
+    const OVWaveSampleProfile &packed = *sample.packed();
+    EXPECT_EQ(packed.profileVelocity[2][0], 3);
+    EXPECT_EQ(packed.profileVelocity[2][1], 2);
+    EXPECT_EQ(packed.profileAmplitude[2][0], 5);
+    EXPECT_EQ(packed.profileAmplitude[2][1], 5);
+    EXPECT_EQ(packed.profileCorrelation[2][0], 4);
+    EXPECT_EQ(packed.profileCorrelation[2][2], 6);
+    EXPECT_EQ(packed.profileVelocity[2][3], 0);
+}
 
 } // namespace

@@ -168,7 +168,7 @@ TEST_P(NoRecord, CallsThatChangeItSayFalse) {
     const auto rows = std::make_unique<Distribution>();
     const std::array<Sample, 2> samples{};
     const std::array<SuvSample, 2> suvSamples{};
-    const std::array<ProfileSample, 2> profiles{};
+    std::array<ProfileSample, 2> profiles{};
     EXPECT_FALSE(none().configure(InstrumentConfig{}));
     EXPECT_FALSE(none().configureProfile(ProfileInstrumentConfig{}));
     EXPECT_EQ(none().openBurst(BurstHeader{.samples = 512}), 0);

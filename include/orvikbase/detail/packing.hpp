@@ -7,7 +7,6 @@
 #define ORVIKBASE_DETAIL_PACKING_HPP
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -157,45 +156,6 @@ packed(const ProcessingParameters &parameters) noexcept {
     std::memcpy(&packed.amplitude, sample.point.amplitude.data(), sizeof packed.amplitude);
     return packed;
 }
-
-/** Packs profiles one after the other. Four kilobytes are cleared once, and then only what a shorter profile leaves. */
-class ProfilePacker {
-public:
-    [[nodiscard]] OVWaveSampleProfile *packed(const ProfileSample &sample) noexcept {
-        packed_.valid = sample.valid ? 1 : 0;
-        packed_.pressure = sample.pressure;
-        packed_.astDistance1 = sample.distance1;
-        packed_.astDistance2 = sample.distance2;
-        const std::array<float, 3> attitude{sample.heading, sample.pitch, sample.roll};
-        std::memcpy(&packed_.attitude, attitude.data(), sizeof packed_.attitude);
-        std::size_t longest = 0;
-        for (std::size_t b = 0; b < kMaxBeams; ++b) {
-            const ProfileBeam &beam = sample.beams[b];
-            longest = std::max(
-                {longest, beam.velocity.size(), beam.amplitude.size(), beam.correlation.size()});
-            copyCells(&packed_.profileVelocity[b], beam.velocity);
-            copyCells(&packed_.profileAmplitude[b], beam.amplitude);
-            copyCells(&packed_.profileCorrelation[b], beam.correlation);
-        }
-        cellsBefore_ = std::min(longest, kMaxCells);
-        return &packed_;
-    }
-
-private:
-    template <class Cell> void copyCells(void *to, std::span<const Cell> cells) const noexcept {
-        const std::size_t count = std::min(cells.size(), kMaxCells);
-        auto *const bytes = static_cast<std::byte *>(to);
-        if (count > 0) {
-            std::memcpy(bytes, cells.data(), count * sizeof(Cell));
-        }
-        if (count < cellsBefore_) {
-            std::memset(bytes + count * sizeof(Cell), 0, (cellsBefore_ - count) * sizeof(Cell));
-        }
-    }
-
-    OVWaveSampleProfile packed_{};
-    std::size_t cellsBefore_ = 0; // longest beam of the profile before
-};
 
 // ---- Pre-processing ------------------------------------------------------------------------------------------------
 
