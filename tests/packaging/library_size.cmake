@@ -1,0 +1,10 @@
+# A stripped LIBRARY takes at most MOST_BYTES.
+cmake_minimum_required(VERSION 3.25)
+get_filename_component(name "${LIBRARY}" NAME)
+set(stripped "${FOLDER}/${name}.stripped")
+execute_process(COMMAND "${STRIP}" -o "${stripped}" "${LIBRARY}" COMMAND_ERROR_IS_FATAL ANY)
+file(SIZE "${stripped}" bytes)
+message(STATUS "${bytes} bytes of at most ${MOST_BYTES}")
+if(bytes GREATER MOST_BYTES)
+  message(FATAL_ERROR "${LIBRARY} is larger than it may be")
+endif()
