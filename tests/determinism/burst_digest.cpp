@@ -7,11 +7,11 @@
 #include <memory>
 #include <vector>
 
-#include "synthetic_burst.hpp"
-#include "synthetic_profile.hpp"
+#include "determinism/burst_set.hpp"
 
 namespace {
 
+using orvik::test::RecordOwner;
 using orvik::test::SyntheticBurst;
 using orvik::test::SyntheticChoice;
 
@@ -30,11 +30,6 @@ public:
 private:
     std::uint64_t value_ = 14695981039346656037ULL;
 };
-
-struct ReleaseRecord {
-    void operator()(OVRecord *record) const { OVFreeVarPtr(record); }
-};
-using RecordOwner = std::unique_ptr<OVRecord, ReleaseRecord>;
 
 void addWaveResults(OVRecord *record, Digest &digest) {
     OVWaveParameterSet waves{};
@@ -95,15 +90,7 @@ struct BurstDigests {
 BurstDigests runBurst(OVRecord *record, const SyntheticBurst &burst) {
     const auto output = std::make_unique<OVPreProcessOutput>();
     Digest cleaned;
-    if (burst.config.instrumentType == orvik::test::kProfileType) {
-        openProfileBurst(record, burst);
-        sendProfileSamples(record, burst);
-        cleaned.add(VELTAPreProcess_ptr(record, 0, output.get()));
-    } else {
-        openBurst(record, burst);
-        sendSamples(record, burst);
-        cleaned.add(OVPreProcess_ptr(record, 0, output.get()));
-    }
+    cleaned.add(orvik::test::cleanBurst(record, burst, output.get()));
     cleaned.add(*output);
     Digest results;
     const unsigned char processed = OVProcess_ptr(record) ? 1 : 0;
@@ -111,28 +98,6 @@ BurstDigests runBurst(OVRecord *record, const SyntheticBurst &burst) {
     addWaveResults(record, results);
     addDirectionalResults(record, results);
     return {cleaned.value(), results.value(), processed != 0};
-}
-
-std::vector<SyntheticChoice> choices() {
-    std::vector<SyntheticChoice> list;
-    for (const int type : {1, 3, 0, orvik::test::kProfileType}) {
-        for (int method = 1; method <= 4; ++method) {
-            const std::uint32_t seed = static_cast<std::uint32_t>(10 * type + method);
-            list.push_back({.method = method, .instrumentType = type, .seed = seed});
-            list.push_back({.method = method,
-                            .instrumentType = type,
-                            .nSamples = 1024,
-                            .seed = seed + 100U,
-                            .tilted = true,
-                            .faulty = true});
-        }
-    }
-    for (int method = 1; method <= 4; ++method) {
-        // 300 is no power of two: the transform takes its direct form.
-        list.push_back({.method = method, .nSamples = 300, .seed = 7, .tilted = true});
-        list.push_back({.method = method, .nSamples = OV_MAX_SAMPLES, .seed = 8, .faulty = true});
-    }
-    return list;
 }
 
 // The same burst on a used record must give what a fresh one gives.
@@ -151,7 +116,7 @@ int main() {
     bool independent = true;
     SyntheticBurst previous = orvik::test::makeSyntheticBurst({.method = 2, .seed = 99});
     const RecordOwner shared(OVAllocateVarPtr());
-    for (const SyntheticChoice &choice : choices()) {
+    for (const SyntheticChoice &choice : orvik::test::burstSet()) {
         const SyntheticBurst burst = orvik::test::makeSyntheticBurst(choice);
         const RecordOwner fresh(OVAllocateVarPtr());
         if (!fresh || !shared) {
