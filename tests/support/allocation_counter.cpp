@@ -1,5 +1,6 @@
 #include "allocation_counter.hpp"
 
+#include <atomic>
 #include <cstdlib>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -14,7 +15,12 @@
 namespace {
 
 // Constant-initialised: malloc runs before any constructor does.
+#if defined(_WIN32)
+// Of all threads: with MinGW a thread-local variable is itself allocated.
+constinit std::atomic<std::size_t> allocations{0};
+#else
 constinit thread_local std::size_t allocations = 0;
+#endif
 
 } // namespace
 
@@ -76,9 +82,35 @@ int posix_memalign(void **block, std::size_t alignment, std::size_t bytes) {
 
 } // extern "C"
 
+#elif defined(__MINGW32__)
+
+// The linker is told to let every call of these functions, operator new's included, come here (--wrap).
+extern "C" {
+
+void *__real_malloc(std::size_t);
+void *__real_calloc(std::size_t, std::size_t);
+void *__real_realloc(void *, std::size_t);
+
+void *__wrap_malloc(std::size_t bytes) {
+    ++allocations;
+    return __real_malloc(bytes);
+}
+
+void *__wrap_calloc(std::size_t count, std::size_t bytes) {
+    ++allocations;
+    return __real_calloc(count, bytes);
+}
+
+void *__wrap_realloc(void *block, std::size_t bytes) {
+    ++allocations;
+    return __real_realloc(block, bytes);
+}
+
+} // extern "C"
+
 #else
 #error                                                                                             \
-    "Counting allocations needs glibc or a sanitizer's allocator: build with ORVIK_SANITIZE=address."
+    "Counting allocations needs glibc, MinGW or a sanitizer's allocator: build with ORVIK_SANITIZE=address."
 #endif
 
 namespace orvik::test {

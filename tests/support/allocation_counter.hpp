@@ -1,4 +1,5 @@
-// Counts memory allocations of the calling thread: malloc, calloc, realloc, aligned forms and operator new.
+// Counts memory allocations of the calling thread: malloc, calloc, realloc, aligned forms and operator new. On Windows of
+// all threads, and without the aligned forms.
 #pragma once
 
 #include <cstddef>
