@@ -29,6 +29,8 @@ void onLoad() { recordOfLoad = OVAllocateVarPtr(); }
 
 void onUnload() { OVFreeVarPtr(recordOfLoad); }
 
+// Windows tells a dynamic library through its entry point, below, and a static one nothing: its host
+// allocates a record.
 #if !defined(_WIN32)
 [[gnu::constructor]] void loaded() { onLoad(); }
 [[gnu::destructor]] void unloaded() { onUnload(); }

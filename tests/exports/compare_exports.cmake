@@ -2,7 +2,7 @@
 # no less (a host that was built against it no longer starts). The header declares the same, and the C program of this
 # folder calls it all.
 #
-# -DNM= -DLIBRARY= -DLIST= -DHEADER= -DCALLER=
+# -DNM= -DLIBRARY= -DLIST= -DHEADER= -DCALLER=, and for Windows -DOBJDUMP= -DIMPORT_LIBRARY=
 
 function(expect_same name here listed)
   set(extra ${here})
@@ -26,10 +26,22 @@ if(NOT listed STREQUAL sorted OR count EQUAL 0)
   message(SEND_ERROR "${LIST} is empty, not sorted or names something twice.")
 endif()
 
-execute_process(COMMAND "${NM}" -D --defined-only "${LIBRARY}" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
-string(REGEX MATCHALL "[^ \n]+\n" symbols "${symbols}")
-list(TRANSFORM symbols STRIP)
-expect_same("${LIBRARY}" "${symbols}" "${listed}")
+# `variable` becomes the names that `pattern` finds at the line ends of what a command prints.
+function(names_printed variable pattern)
+  execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "${pattern}\n" names "${output}")
+  list(TRANSFORM names REPLACE "^.* ([^ \n]+)\n$" "\\1")
+  set(${variable} "${names}" PARENT_SCOPE)
+endfunction()
+
+if(IMPORT_LIBRARY)
+  names_printed(exported "\t\\[ *[0-9]+\\]( \\+base\\[ *[0-9]+\\] +[0-9a-f]+)? [^ \n]+" "${OBJDUMP}" -p "${LIBRARY}")
+  names_printed(importable " T [^ \n]+" "${NM}" "${IMPORT_LIBRARY}")
+  expect_same("${IMPORT_LIBRARY}" "${importable}" "${listed}")
+else()
+  names_printed(exported " [^ \n]+" "${NM}" -D --defined-only "${LIBRARY}")
+endif()
+expect_same("${LIBRARY}" "${exported}" "${listed}")
 
 file(READ "${HEADER}" header)
 string(REGEX MATCHALL "OV_API [^(;\n]*[ *](OV|VELTA)[A-Za-z0-9_]+\\(" declared "${header}")

@@ -22,7 +22,10 @@ private:
     OVRecord *before_ = ov::currentRecord;
 };
 
+// Windows tells a dynamic library that it is loaded; this program has the static one.
+#if !defined(_WIN32)
 TEST_F(Records, LoadingMadeARecordCurrent) { EXPECT_NE(ov::currentRecord, nullptr); }
+#endif
 
 TEST_F(Records, AnAllocatedRecordIsZeroedAndCurrent) {
     OVRecord *const record = OVAllocateVarPtr();
