@@ -12,7 +12,11 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 # A host that loads the library should need nothing beside it.
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+# Wine keeps its Windows in the build folder and runs without a display, an installer, a debugger or anything on the
+# desktop.
 find_program(ORVIK_WINE NAMES wine wine64 NO_CMAKE_FIND_ROOT_PATH)
 if(ORVIK_WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR "${ORVIK_WINE}")
+  set(CMAKE_CROSSCOMPILING_EMULATOR
+      "${CMAKE_COMMAND};-E;env;WINEPREFIX=${CMAKE_BINARY_DIR}/wine;WINEDEBUG=-all"
+      "WINEDLLOVERRIDES=mscoree,mshtml,winedbg.exe,winemenubuilder.exe=;${ORVIK_WINE}")
 endif()
