@@ -22,6 +22,9 @@ template <class Value> std::vector<unsigned char> bytesOf(const Value &value) {
     return {first, first + sizeof value};
 }
 
+// Of a field of a packed structure, which may lie where no reference can refer to it.
+template <class Value> Value copyOf(Value value) { return value; }
+
 inline InstrumentConfig faceConfig(const OVInstrumentConfig &config) {
     InstrumentConfig face{.pingsPerSample = config.pingsPerSample,
                           .samplingRate = config.samplingRate,

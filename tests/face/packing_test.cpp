@@ -68,30 +68,30 @@ TEST(FacePacking, WaveParametersSlotBySlot) {
     EXPECT_EQ(waves.maxHeight, slot(OV_H_MAX));
     EXPECT_EQ(waves.maxPeriod, slot(OV_T_MAX));
     EXPECT_EQ(waves.crossingPeriod, slot(OV_T_CROSSING));
-    EXPECT_EQ(waves.instrumentDepth, packed.instrumentDepth);
-    EXPECT_EQ(waves.trackBadCount, packed.astInitialBadCount);
-    EXPECT_EQ(waves.trackSpikeCount, packed.astSpikeCount);
-    EXPECT_EQ(waves.qualityFlags, packed.qualityFlags);
-    EXPECT_EQ(static_cast<std::int32_t>(waves.spectrumSource), packed.spectrumSource);
-    EXPECT_EQ(waves.trackLevel, packed.astLevel);
-    EXPECT_EQ(waves.trackLevelEven, packed.astLevelEven);
-    EXPECT_EQ(waves.aliasingFrequency, packed.aliasingFrequency);
-    EXPECT_EQ(waves.checkedHeight, packed.checkedHeight);
-    EXPECT_EQ(waves.checkedMeanPeriod, packed.checkedMeanPeriod);
-    EXPECT_EQ(waves.cellVerticalRange, packed.cellVerticalRange);
-    EXPECT_EQ(waves.energyPeriod, packed.energyPeriod);
-    EXPECT_EQ(waves.selectedCell, packed.selectedCell);
+    EXPECT_EQ(waves.instrumentDepth, copyOf(packed.instrumentDepth));
+    EXPECT_EQ(waves.trackBadCount, copyOf(packed.astInitialBadCount));
+    EXPECT_EQ(waves.trackSpikeCount, copyOf(packed.astSpikeCount));
+    EXPECT_EQ(waves.qualityFlags, copyOf(packed.qualityFlags));
+    EXPECT_EQ(static_cast<std::int32_t>(waves.spectrumSource), copyOf(packed.spectrumSource));
+    EXPECT_EQ(waves.trackLevel, copyOf(packed.astLevel));
+    EXPECT_EQ(waves.trackLevelEven, copyOf(packed.astLevelEven));
+    EXPECT_EQ(waves.aliasingFrequency, copyOf(packed.aliasingFrequency));
+    EXPECT_EQ(waves.checkedHeight, copyOf(packed.checkedHeight));
+    EXPECT_EQ(waves.checkedMeanPeriod, copyOf(packed.checkedMeanPeriod));
+    EXPECT_EQ(waves.cellVerticalRange, copyOf(packed.cellVerticalRange));
+    EXPECT_EQ(waves.energyPeriod, copyOf(packed.energyPeriod));
+    EXPECT_EQ(waves.selectedCell, copyOf(packed.selectedCell));
 }
 
 TEST(FacePacking, RowsFieldByField) {
     const auto packed = counted<OVPreProcessRow>();
     const CleanedRow row = orvikbase::detail::unpacked(packed);
-    EXPECT_EQ(row.attitude[2], packed.attitude[2]);
-    EXPECT_EQ(row.track, packed.astOut);
-    EXPECT_EQ(row.pressure, packed.pressureOut);
-    EXPECT_EQ(row.velocity[3], packed.velocity[3]);
-    EXPECT_EQ(row.amplitude[1], packed.amplitude[1]);
-    EXPECT_EQ(row.correlation[1], packed.correlation[1]);
+    EXPECT_EQ(row.attitude[2], copyOf(packed.attitude[2]));
+    EXPECT_EQ(row.track, copyOf(packed.astOut));
+    EXPECT_EQ(row.pressure, copyOf(packed.pressureOut));
+    EXPECT_EQ(row.velocity[3], copyOf(packed.velocity[3]));
+    EXPECT_EQ(row.amplitude[1], copyOf(packed.amplitude[1]));
+    EXPECT_EQ(row.correlation[1], copyOf(packed.correlation[1]));
 }
 
 TEST(FaceValues, MissingIsTheMarkerOrNoNumber) {

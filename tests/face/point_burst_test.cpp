@@ -67,7 +67,7 @@ TEST_P(PointBurst, ResultsAreThoseOfTheGetters) {
     EXPECT_EQ(bytesOf(face.copyEnergySpectrum()), bytesOf(energy));
     const std::span<const float> view = face.energySpectrum();
     ASSERT_EQ(view.size(), static_cast<std::size_t>(energy.count));
-    EXPECT_EQ(std::memcmp(view.data(), energy.values, view.size_bytes()), 0);
+    EXPECT_EQ(std::memcmp(view.data(), &energy.values, view.size_bytes()), 0);
 
     OVScaledEnergySpectrum scaled{};
     OVGetScaledEnergySpec_ptr(c(), &scaled);
@@ -81,13 +81,13 @@ TEST_P(PointBurst, ResultsAreThoseOfTheGetters) {
 
     OVMeanCurrentQuery query{};
     OVGetMeanBurstCurrent_ptr(c(), &query);
-    EXPECT_EQ(face.currentVector().east, query.valueA);
-    EXPECT_EQ(face.currentVector().north, query.valueB);
-    EXPECT_EQ(face.currentVector().up, query.valueC);
+    EXPECT_EQ(face.currentVector().east, copyOf(query.valueA));
+    EXPECT_EQ(face.currentVector().north, copyOf(query.valueB));
+    EXPECT_EQ(face.currentVector().up, copyOf(query.valueC));
     query.selector = 1;
     OVGetMeanBurstCurrent_ptr(c(), &query);
-    EXPECT_EQ(face.current().speed, query.valueA);
-    EXPECT_EQ(face.current().direction, query.valueB);
+    EXPECT_EQ(face.current().speed, copyOf(query.valueA));
+    EXPECT_EQ(face.current().direction, copyOf(query.valueB));
     expectSameRecords("getters");
 }
 
@@ -101,22 +101,22 @@ TEST_P(PointBurst, SpectraAreThoseOfTheGetterTheFirstTimeAndTheSecond) {
         EXPECT_EQ(bytesOf(*spectra.get()), bytesOf(*block)) << "time " << time;
         expectSameRecords("spectra");
     }
-    ASSERT_EQ(spectra.count(), static_cast<std::size_t>(block->count));
-    ASSERT_EQ(spectra.fineCount(), static_cast<std::size_t>(block->fineCount));
-    EXPECT_EQ(spectra.hasTrack(), block->spectrumKind == 15);
+    ASSERT_EQ(spectra.count(), static_cast<std::size_t>(copyOf(block->count)));
+    ASSERT_EQ(spectra.fineCount(), static_cast<std::size_t>(copyOf(block->fineCount)));
+    EXPECT_EQ(spectra.hasTrack(), copyOf(block->spectrumKind) == 15);
     for (std::size_t i = 0; i < spectra.count(); ++i) {
-        EXPECT_EQ(spectra.pressureEnergy()[i], block->energySpectrum[i]);
-        EXPECT_EQ(spectra.velocityEnergy()[i], block->secondSpectrum[i]);
-        EXPECT_EQ(spectra.direction()[i], block->direction[i]);
-        EXPECT_EQ(spectra.spread()[i], block->spread[i]);
-        EXPECT_EQ(spectra.checkRatio()[i], block->bandValue[i]);
+        EXPECT_EQ(spectra.pressureEnergy()[i], copyOf(block->energySpectrum[i]));
+        EXPECT_EQ(spectra.velocityEnergy()[i], copyOf(block->secondSpectrum[i]));
+        EXPECT_EQ(spectra.direction()[i], copyOf(block->direction[i]));
+        EXPECT_EQ(spectra.spread()[i], copyOf(block->spread[i]));
+        EXPECT_EQ(spectra.checkRatio()[i], copyOf(block->bandValue[i]));
         for (std::size_t beam = 0; beam < 4; ++beam) {
             EXPECT_EQ(std::bit_cast<std::uint32_t>(spectra.beamEnergy(i, beam)),
-                      block->binInfo[i][beam]);
+                      copyOf(block->binInfo[i][beam]));
         }
     }
     for (std::size_t i = 0; i < spectra.fineCount(); ++i) {
-        EXPECT_EQ(spectra.trackEnergy()[i], block->fineSpectrum[i]);
+        EXPECT_EQ(spectra.trackEnergy()[i], copyOf(block->fineSpectrum[i]));
     }
 }
 
@@ -128,15 +128,15 @@ TEST_P(PointBurst, BandsAndDistributionsAreThoseOfTheGetters) {
     ASSERT_EQ(OVGetBandEst_ptr(c(), &band), 0);
     const std::optional<BandEstimate> estimate = face.bandEstimate(0.05F, 0.2F);
     ASSERT_TRUE(estimate.has_value());
-    EXPECT_EQ(estimate->lowFrequency, band.fLow);
-    EXPECT_EQ(estimate->highFrequency, band.fHigh);
-    EXPECT_EQ(estimate->significantHeight, band.bandHm0);
-    EXPECT_EQ(estimate->meanPeriod, band.bandTm02);
-    EXPECT_EQ(estimate->peakDirection, band.bandPeakDirection);
-    EXPECT_EQ(estimate->meanDirection, band.bandMeanDirection);
-    EXPECT_EQ(estimate->peakSpread, band.bandPeakSpread);
-    EXPECT_EQ(estimate->meanSpread, band.bandMeanSpread);
-    EXPECT_EQ(static_cast<int>(estimate->spectrumSource), band.bandSpectrumSource);
+    EXPECT_EQ(estimate->lowFrequency, copyOf(band.fLow));
+    EXPECT_EQ(estimate->highFrequency, copyOf(band.fHigh));
+    EXPECT_EQ(estimate->significantHeight, copyOf(band.bandHm0));
+    EXPECT_EQ(estimate->meanPeriod, copyOf(band.bandTm02));
+    EXPECT_EQ(estimate->peakDirection, copyOf(band.bandPeakDirection));
+    EXPECT_EQ(estimate->meanDirection, copyOf(band.bandMeanDirection));
+    EXPECT_EQ(estimate->peakSpread, copyOf(band.bandPeakSpread));
+    EXPECT_EQ(estimate->meanSpread, copyOf(band.bandMeanSpread));
+    EXPECT_EQ(static_cast<int>(estimate->spectrumSource), copyOf(band.bandSpectrumSource));
 
     const auto cRows = std::make_unique<Distribution>();
     const auto rows = std::make_unique<Distribution>();
@@ -175,10 +175,10 @@ TEST_P(PointBurst, TheSuvFormTakesItsChannelsAndGivesTrackAndPressure) {
     EXPECT_TRUE(
         face.preProcess(series, {.useWindow = true, .windowBelow = 3.0F, .windowAbove = 4.0F}));
     EXPECT_EQ(bytesOf(*series.get()), bytesOf(*output));
-    EXPECT_EQ(series.trackUsable(), output->astValidOut != 0);
+    EXPECT_EQ(series.trackUsable(), copyOf(output->astValidOut) != 0);
     for (std::size_t i = 0; i < kMaxTrackSamples; ++i) {
-        ASSERT_EQ(series.track(i), output->astOut[i]);
-        ASSERT_EQ(series.pressure(i), output->pressureOut[i]);
+        ASSERT_EQ(series.track(i), copyOf(output->astOut[i]));
+        ASSERT_EQ(series.pressure(i), copyOf(output->pressureOut[i]));
     }
     expectSameRecords("pre-processing");
 }
@@ -194,8 +194,8 @@ TEST_F(Cleaning, RowsAreThoseOfThePackedOutput) {
     for (std::size_t i = 0; i < 1024; ++i) {
         const OVPreProcessRow &row = cleaned.get()->rows[i];
         ASSERT_EQ(bytesOf(cleaned.row(i)), bytesOf(row));
-        ASSERT_EQ(cleaned.track(i), row.astOut);
-        ASSERT_EQ(cleaned.pressure(i), row.pressureOut);
+        ASSERT_EQ(cleaned.track(i), copyOf(row.astOut));
+        ASSERT_EQ(cleaned.pressure(i), copyOf(row.pressureOut));
         ASSERT_GT(cleaned.pressure(i), 5.0F);
     }
     EXPECT_TRUE(cleaned.trackUsable());

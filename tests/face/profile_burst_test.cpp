@@ -22,7 +22,7 @@ ProfileSample faceProfile(const OVWaveSampleProfile &packed, std::size_t cells =
         std::vector<std::uint8_t> amplitude;
         std::vector<std::uint8_t> correlation;
         for (std::size_t cell = 0; cell < cells; ++cell) {
-            velocity.push_back(packed.profileVelocity[b][cell]);
+            velocity.push_back(copyOf(packed.profileVelocity[b][cell]));
             amplitude.push_back(packed.profileAmplitude[b][cell]);
             correlation.push_back(packed.profileCorrelation[b][cell]);
         }
@@ -80,9 +80,9 @@ TEST_P(ProfileBurst, EveryStepLeavesTheSameRecord) {
     EXPECT_TRUE(face.preProcessProfile(cleaned));
     EXPECT_EQ(bytesOf(*cleaned.get()), bytesOf(*output));
     EXPECT_EQ(cleaned.sampleCount(), 512);
-    EXPECT_EQ(cleaned.cellVerticalRange(), output->cellVerticalRange);
-    EXPECT_EQ(cleaned.row(3).correlation[2], output->rows[3].correlation[2]);
-    EXPECT_EQ(cleaned.row(3).velocity[1], output->rows[3].velocity[1]);
+    EXPECT_EQ(cleaned.cellVerticalRange(), copyOf(output->cellVerticalRange));
+    EXPECT_EQ(cleaned.row(3).correlation[2], copyOf(output->rows[3].correlation[2]));
+    EXPECT_EQ(cleaned.row(3).velocity[1], copyOf(output->rows[3].velocity[1]));
     EXPECT_EQ(cleaned.row(3).attitude[0], 12.0F);
 
     EXPECT_TRUE(OVProcess_ptr(c()));
@@ -137,11 +137,11 @@ TEST(FaceProfileSample, TakesNoMoreCellsThanAProfileHas) {
     sample.setBeam(0, velocity, counts, counts);
     sample.setBeam(3, velocity, counts, counts);
     const OVWaveSampleProfile &packed = *sample.packed();
-    EXPECT_EQ(packed.profileVelocity[3][kMaxCells - 1], -7);
-    EXPECT_EQ(packed.profileCorrelation[3][kMaxCells - 1], 9);
-    EXPECT_EQ(packed.profileVelocity[1][0], 0); // the beam after the first
-    EXPECT_EQ(packed.profileAmplitude[1][0], 0);
-    EXPECT_EQ(packed.attitude[0], 0.0F); // what follows the last one
+    EXPECT_EQ(copyOf(packed.profileVelocity[3][kMaxCells - 1]), -7);
+    EXPECT_EQ(copyOf(packed.profileCorrelation[3][kMaxCells - 1]), 9);
+    EXPECT_EQ(copyOf(packed.profileVelocity[1][0]), 0); // the beam after the first
+    EXPECT_EQ(copyOf(packed.profileAmplitude[1][0]), 0);
+    EXPECT_EQ(copyOf(packed.attitude[0]), 0.0F); // what follows the last one
 }
 
 TEST(FaceProfileSample, TakesTheCellsThatAllThreeSpansHaveAndKeepsTheRest) {
@@ -154,13 +154,13 @@ TEST(FaceProfileSample, TakesTheCellsThatAllThreeSpansHaveAndKeepsTheRest) {
     sample.setBeam(2, {}, counts, counts);
     sample.setBeam(2, velocity, counts, {});
     const OVWaveSampleProfile &packed = *sample.packed();
-    EXPECT_EQ(packed.profileVelocity[2][0], 3);
-    EXPECT_EQ(packed.profileVelocity[2][1], 2);
-    EXPECT_EQ(packed.profileAmplitude[2][0], 5);
-    EXPECT_EQ(packed.profileAmplitude[2][1], 5);
-    EXPECT_EQ(packed.profileCorrelation[2][0], 4);
-    EXPECT_EQ(packed.profileCorrelation[2][2], 6);
-    EXPECT_EQ(packed.profileVelocity[2][3], 0);
+    EXPECT_EQ(copyOf(packed.profileVelocity[2][0]), 3);
+    EXPECT_EQ(copyOf(packed.profileVelocity[2][1]), 2);
+    EXPECT_EQ(copyOf(packed.profileAmplitude[2][0]), 5);
+    EXPECT_EQ(copyOf(packed.profileAmplitude[2][1]), 5);
+    EXPECT_EQ(copyOf(packed.profileCorrelation[2][0]), 4);
+    EXPECT_EQ(copyOf(packed.profileCorrelation[2][2]), 6);
+    EXPECT_EQ(copyOf(packed.profileVelocity[2][3]), 0);
 }
 
 } // namespace
