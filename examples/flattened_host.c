@@ -1,5 +1,5 @@
 /* The flattened style, for hosts that cannot lay out structures: every value is an argument, and the functions work on
-   the library's current record, which is there from when the library was loaded. */
+   the current record, which is the one allocated last. */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -41,17 +41,19 @@ static void printResults(void) {
 }
 
 int main(void) {
+    OVRecord *record = OVAllocateVarPtr();
     /* For the cleaned surface track, of which there is none here. */
     float *track = calloc(OV_MAX_TRACK_SAMPLES, sizeof(float));
-    int processed;
-    if (track == NULL)
-        return 1;
-    openBurst();
-    sendSamples();
-    OVPreProcessLV(0, track, 0.0F, 0.0F, 0, 0, 0, 0);
-    processed = OVProcessReturnIntLV() == 1;
-    if (processed)
-        printResults();
+    int processed = 0;
+    if (record != NULL && track != NULL) {
+        openBurst();
+        sendSamples();
+        OVPreProcessLV(0, track, 0.0F, 0.0F, 0, 0, 0, 0);
+        processed = OVProcessReturnIntLV() == 1;
+        if (processed)
+            printResults();
+    }
     free(track);
+    OVFreeVarPtr(record);
     return processed ? 0 : 1;
 }
