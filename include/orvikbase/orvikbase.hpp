@@ -60,6 +60,7 @@ public:
 
     /** The record itself, for calls of the C interface. */
     [[nodiscard]] OVRecord *get() noexcept { return record_; }
+    /** The same to read. */
     [[nodiscard]] const OVRecord *get() const noexcept { return record_; }
 
     /**
@@ -69,6 +70,7 @@ public:
     [[nodiscard]] std::span<std::byte> bytes() noexcept {
         return {reinterpret_cast<std::byte *>(record_), size()};
     }
+    /** The same to read. */
     [[nodiscard]] std::span<const std::byte> bytes() const noexcept {
         return {reinterpret_cast<const std::byte *>(record_), size()};
     }
@@ -317,6 +319,7 @@ public:
         return OVSetSpectraUsed_ptr(record_, &packed) == 0;
     }
 
+    /// @cond INTERNAL what Record and RecordRef are made with
 protected:
     explicit AnyRecord(OVRecord *record) noexcept : record_(record) {}
     AnyRecord(const AnyRecord &) = default;
@@ -324,6 +327,7 @@ protected:
     ~AnyRecord() = default;
 
     OVRecord *record_; // null: none
+    /// @endcond
 
 private:
     [[nodiscard]] std::size_t size() const noexcept {
@@ -343,7 +347,9 @@ public:
             throw std::bad_alloc();
         }
     }
+    /** Leaves `other` without a record. */
     Record(Record &&other) noexcept : AnyRecord(std::exchange(other.record_, nullptr)) {}
+    /** Exchanges the two records. */
     Record &operator=(Record &&other) noexcept {
         std::swap(record_, other.record_);
         return *this;
@@ -361,8 +367,8 @@ class RecordRef : public AnyRecord {
 public:
     /** The record at `memory`: recordBytes() long, aligned for double, zeroed before its first use; or null for none. */
     explicit RecordRef(void *memory) noexcept : AnyRecord(static_cast<OVRecord *>(memory)) {}
-    RecordRef(Record &record) noexcept
-        : AnyRecord(record.get()) {} // a parameter of this type takes either
+    /** A Record: a parameter of this type takes one as it is. */
+    RecordRef(Record &record) noexcept : AnyRecord(record.get()) {}
 };
 
 } // namespace orvikbase

@@ -20,12 +20,19 @@
 
 namespace orvikbase {
 
+/// Bins of the main frequency axis.
 inline constexpr std::size_t kMaxFrequencies = OV_MAX_FREQUENCIES;
+/// Bins of the fine (surface-track) frequency axis.
 inline constexpr std::size_t kMaxFineFrequencies = OV_MAX_FREQUENCIES_FINE;
+/// Direction bins of a distribution.
 inline constexpr std::size_t kMaxDirections = OV_MAX_DIRECTIONS;
+/// Samples of one burst.
 inline constexpr std::size_t kMaxSamples = OV_MAX_SAMPLES;
+/// Elements of the double-rate surface track.
 inline constexpr std::size_t kMaxTrackSamples = OV_MAX_TRACK_SAMPLES;
+/// Velocity cells of a profile.
 inline constexpr std::size_t kMaxCells = OV_MAX_CELLS;
+/// Slanted beams of a profile instrument.
 inline constexpr std::size_t kMaxBeams = OV_MAX_BEAMS;
 
 /** What stands for a result that could not be computed. */
@@ -56,7 +63,7 @@ struct InstrumentConfig {
     float acousticFrequency = 1.0e6F; ///< Hz
     float slantAngle = 25.0F;         ///< of the beams, degrees from the vertical
     std::int32_t instrumentType = 3;  ///< 1, 3 and 16 (profile) have rules of their own
-    VelocitySystem velocitySystem = VelocitySystem::enu;
+    VelocitySystem velocitySystem = VelocitySystem::enu; ///< of the velocities in the samples
     /// Beam to XYZ, row by row, 4096 stands for 1; three beams use nine entries.
     std::array<std::int16_t, 16> beamToXyz{};
     std::int16_t cellSizeCounts =
@@ -66,7 +73,7 @@ struct InstrumentConfig {
 
 /** A profile instrument. */
 struct ProfileInstrumentConfig {
-    InstrumentConfig instrument{.instrumentType = 16};
+    InstrumentConfig instrument{.instrumentType = 16}; ///< what it shares with point instruments
     /// Degrees from the X axis towards the Y axis, seen with Z up; all 0: the four quarters.
     std::array<float, kMaxBeams> beamAzimuths{};
     std::int16_t beamCount = 4;     ///< 3 or 4
@@ -100,8 +107,8 @@ inline constexpr std::int32_t kMaskProfileTrack = 16; ///< type 16: the surface 
 
 /** Method, frequency axes and options. The library corrects what is out of range; see Record::setProcessing. */
 struct ProcessingParameters {
-    Method method = Method::pressureMoments;
-    float freqMin = 0.02F;      ///< main axis, Hz
+    Method method = Method::pressureMoments; ///< what is computed from what
+    float freqMin = 0.02F;                   ///< main axis, Hz
     float freqMax = 0.99F;      ///< main axis, Hz; lowered to what the sampling rate allows
     float fineFreqMin = 0.02F;  ///< fine axis (surface track), Hz
     float fineFreqMax = 1.99F;  ///< fine axis, Hz; lowered to what the sampling rate allows
@@ -111,7 +118,7 @@ struct ProcessingParameters {
     std::int32_t dirBandWidth =
         32; ///< band averaging of cross-spectra: max(1, value / 4) transform bins; 1 to 512
     std::int32_t specBandWidth = 32; ///< the same for the non-directional spectra
-    DirectionalInput directionalInput = DirectionalInput::pressure;
+    DirectionalInput directionalInput = DirectionalInput::pressure; ///< where heights come from
     std::int32_t estimateMask = kMaskBeams; ///< methods 2 and 4: kMaskBeams | kMaskVertical
     std::int32_t directions = 90;           ///< direction bins, at most kMaxDirections
     float pressureOffset = 0.0F;            ///< added to every pressure, m of water
@@ -179,9 +186,9 @@ struct Sample {
 
 /** One sample with two extra channels, which the record keeps. */
 struct SuvSample {
-    Sample point{};
-    float channel1 = 0.0F;
-    float channel2 = 0.0F;
+    Sample point{};        ///< what every instrument measures
+    float channel1 = 0.0F; ///< first extra channel
+    float channel2 = 0.0F; ///< second extra channel
 };
 
 /**
@@ -296,9 +303,9 @@ struct WaveParameters {
     float instrumentDepth = kMissing; ///< mean depth of the pressure sensor, m
     std::int32_t trackBadCount = 0;   ///< surface-track elements out of range
     std::int32_t trackSpikeCount = 0; ///< surface-track spikes; without results: missing samples
-    std::int32_t qualityFlags = OV_FLAG_NO_RESULT; ///< QualityFlag bits; ask has()
-    SpectrumSource spectrumSource = SpectrumSource::pressure;
-    float trackLevel = kMissing;        ///< mean surface-track distance, m
+    std::int32_t qualityFlags = OV_FLAG_NO_RESULT;            ///< QualityFlag bits; ask has()
+    SpectrumSource spectrumSource = SpectrumSource::pressure; ///< where heights come from
+    float trackLevel = kMissing;                              ///< mean surface-track distance, m
     float trackLevelEven = kMissing;    ///< the same of the first pings, with two estimates
     float aliasingFrequency = kMissing; ///< first frequency without direction, Hz
     float checkedHeight = kMissing; ///< Hm0 where the spectrum's shape is sound; ask isMissing()
@@ -313,30 +320,30 @@ struct WaveParameters {
     }
 };
 
-/** First and second directional moments of a bin: cos and sin of the angle from the x axis, and of twice that. */
+/** First and second directional moments of a bin, means over the distribution; angles from east towards north. */
 struct FourierCoefficients {
-    float a1 = kMissing;
-    float b1 = kMissing;
-    float a2 = kMissing;
-    float b2 = kMissing;
+    float a1 = kMissing; ///< cos of the angle
+    float b1 = kMissing; ///< sin of the angle
+    float a2 = kMissing; ///< cos of twice the angle
+    float b2 = kMissing; ///< sin of twice the angle
 };
 
 /** Mean direction and directional spread of a bin, degrees. */
 struct DirectionAndSpread {
-    float direction = kMissing;
-    float spread = kMissing;
+    float direction = kMissing; ///< clockwise from north
+    float spread = kMissing;    ///< circular
 };
 
 /** The spectrum behind the wave parameters, copied. */
 struct EnergySpectrum {
-    std::int32_t count = 0;
+    std::int32_t count = 0;                      ///< bins of the main axis
     std::array<float, kMaxFrequencies> values{}; ///< m^2/Hz; only `count` of them mean anything
 };
 
 /** A spectrum in 16-bit values for telemetry; 0 throughout when there is no energy. */
 struct ScaledSpectrum {
-    std::uint32_t scaleMax = 0; ///< greatest energy * 10000
-    std::array<std::uint16_t, kMaxFineFrequencies> values{};
+    std::uint32_t scaleMax = 0;                              ///< greatest energy * 10000
+    std::array<std::uint16_t, kMaxFineFrequencies> values{}; ///< the greatest is 65535
 
     /** Energy of a bin [m^2/Hz], as far as 16 bits carry it. */
     [[nodiscard]] constexpr double energy(std::size_t bin) const noexcept {
@@ -349,33 +356,34 @@ enum class SpectrumKind : std::int32_t { pressure = 0, velocity = 1, inUse = 2, 
 
 /** Mean current of a burst by components, m/s. */
 struct CurrentVector {
-    float east = kMissing;
-    float north = kMissing;
-    float up = kMissing;
+    float east = kMissing;  ///< towards the east
+    float north = kMissing; ///< towards the north
+    float up = kMissing;    ///< upwards
 };
 
 /** Mean current of a burst: speed in m/s and the direction it goes to in degrees. */
 struct Current {
-    float speed = kMissing;
-    float direction = kMissing;
+    float speed = kMissing;     ///< m/s
+    float direction = kMissing; ///< where it goes, clockwise from north
 };
 
 /** Wave parameters over a band. */
 struct BandEstimate {
-    float lowFrequency = 0.0F;          ///< Hz
-    float highFrequency = 0.0F;         ///< Hz
-    float significantHeight = kMissing; ///< 4 sqrt(m0), m
-    float meanPeriod = kMissing;        ///< sqrt(m0 / m2), s
-    float peakDirection = kMissing;     ///< degrees
-    float meanDirection = kMissing;     ///< degrees
-    float peakSpread = kMissing;        ///< degrees
-    float meanSpread = kMissing;        ///< degrees
-    SpectrumSource spectrumSource = SpectrumSource::pressure;
+    float lowFrequency = 0.0F;                                ///< Hz
+    float highFrequency = 0.0F;                               ///< Hz
+    float significantHeight = kMissing;                       ///< 4 sqrt(m0), m
+    float meanPeriod = kMissing;                              ///< sqrt(m0 / m2), s
+    float peakDirection = kMissing;                           ///< degrees
+    float meanDirection = kMissing;                           ///< degrees
+    float peakSpread = kMissing;                              ///< degrees
+    float meanSpread = kMissing;                              ///< degrees
+    SpectrumSource spectrumSource = SpectrumSource::pressure; ///< where heights come from
 };
 
 /** A value for every frequency and direction, 72,000 bytes: a row per frequency, of which `directions` values count. */
 struct Distribution {
-    std::array<std::array<float, kMaxDirections>, kMaxFrequencies> rows{};
+    std::array<std::array<float, kMaxDirections>, kMaxFrequencies>
+        rows{}; ///< rows[frequency][direction]
 };
 
 } // namespace orvikbase

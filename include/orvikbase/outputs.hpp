@@ -10,32 +10,13 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <new>
 #include <span>
 
+#include "orvikbase/detail/memory.hpp"
 #include "orvikbase/detail/packing.hpp"
 #include "orvikbase/orvikbase_types.hpp"
 
 namespace orvikbase {
-
-namespace detail {
-
-struct Release {
-    void operator()(void *memory) const noexcept { std::free(memory); }
-};
-
-/** Zero pages where the system has them: an output of 1.4 MB takes up what the bursts at hand use of it. */
-template <class Output> [[nodiscard]] std::unique_ptr<Output, Release> makeOutput() {
-    auto *const output = static_cast<Output *>(std::calloc(1, sizeof(Output)));
-    if (output == nullptr) {
-        throw std::bad_alloc();
-    }
-    return std::unique_ptr<Output, Release>(output);
-}
-
-} // namespace detail
 
 /**
  * What pre-processing made of a burst, sample by sample. Room for 1,441,812 bytes of addresses on the heap, of which a
@@ -74,10 +55,11 @@ public:
 
     /** The packed structure, for calls of the C interface. */
     [[nodiscard]] OVPreProcessOutput *get() noexcept { return output_.get(); }
+    /** The same to read. */
     [[nodiscard]] const OVPreProcessOutput *get() const noexcept { return output_.get(); }
 
 private:
-    std::unique_ptr<OVPreProcessOutput, detail::Release> output_;
+    detail::OutputMemory<OVPreProcessOutput> output_;
 };
 
 /**
@@ -100,10 +82,11 @@ public:
 
     /** The packed structure, for calls of the C interface. */
     [[nodiscard]] OVPreProcessOutputSUV *get() noexcept { return output_.get(); }
+    /** The same to read. */
     [[nodiscard]] const OVPreProcessOutputSUV *get() const noexcept { return output_.get(); }
 
 private:
-    std::unique_ptr<OVPreProcessOutputSUV, detail::Release> output_;
+    detail::OutputMemory<OVPreProcessOutputSUV> output_;
 };
 
 /** The spectra of a burst by frequency bin, 12 KB in place. Views are good as long as the object and its contents. */
@@ -159,6 +142,7 @@ public:
     [[nodiscard]] OVFourierCoefficientSpectra *get() noexcept {
         return reinterpret_cast<Packed *>(bytes_.data() + kLead);
     }
+    /** The same to read. */
     [[nodiscard]] const OVFourierCoefficientSpectra *get() const noexcept {
         return reinterpret_cast<const Packed *>(bytes_.data() + kLead);
     }

@@ -63,7 +63,7 @@ protected:
 
 TEST_P(ProfileBurst, EveryStepLeavesTheSameRecord) {
     const SyntheticBurst burst =
-        makeSyntheticBurst({.method = GetParam(), .nSamples = 512, .faulty = true});
+        makeSyntheticBurst({.method = GetParam(), .nSamples = 512, .tilted = true, .faulty = true});
     open(burst);
     std::vector<ProfileSample> samples;
     for (const OVWaveSample &point : burst.samples) {
