@@ -100,7 +100,8 @@ bool compareFiles(std::ifstream &first, std::ifstream &second, Summary &summary)
     std::string b;
     while (std::getline(first, a)) {
         if (!std::getline(second, b) || !compareLines(a, b, summary)) {
-            std::printf("not the same fields from here on:\n%.80s\n%.80s\n", a.c_str(), b.c_str());
+            std::printf("other fields, or another number of values:\n%.80s\n%.80s\n", a.c_str(),
+                        b.c_str());
             return false;
         }
     }
