@@ -47,6 +47,7 @@ must_match("runtime" "${fields}" "Depends: [^\n]*libc6 " "Maintainer: OrvikBase"
 
 open_package(liborvikbase-dev)
 must_match("development" "${contents}" "/usr/include/orvikbase/orvikbase\\.h\n" "/usr/include/orvikbase/ov_types\\.h\n"
+           "/usr/include/orvikbase/orvikbase\\.hpp\n"
            "${libdir}/liborvikbase\\.so -> liborvikbase\\.so\\.${major}\n" "${libdir}/liborvikbase\\.a\n"
            "${libdir}/cmake/OrvikBase/OrvikBaseConfig\\.cmake\n" "${libdir}/pkgconfig/orvikbase\\.pc\n"
            "${doc}/liborvikbase-dev/copyright\n")
