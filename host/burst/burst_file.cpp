@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "burst/column.hpp"
 #include "burst/geometry.hpp"
 #include "burst/instrument_facts.hpp"
-#include "netcdf/nc_file.hpp"
-#include "netcdf/units.hpp"
+#include "burst/profile_series.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -16,27 +16,6 @@ namespace {
 constexpr const char *kSample = "sample";
 constexpr const char *kTrackSample = "surface_track_sample";
 constexpr std::array<const char *, 3> kAttitude{"heading", "pitch", "roll"};
-
-// A variable and the factor that brings it into the unit of burst files.
-struct Column {
-    NcVariable variable;
-    double factor = 1.0;
-};
-
-void requireShape(const NcReader &file, const NcVariable &variable,
-                  const std::vector<std::string> &expected) {
-    bool fits = variable.dimensions.size() == expected.size();
-    std::string names;
-    for (const std::string &name : expected) {
-        fits = fits && variable.axis(name).has_value();
-        names += (names.empty() ? "" : ", ") + name;
-    }
-    if (!fits) {
-        throw UserError("variable " + variable.name + " in " + file.path() +
-                        " has the dimensions " + variable.shapeText() + ", expected (" + names +
-                        ") in any order");
-    }
-}
 
 void requireThree(const NcReader &file, const NcVariable &variable, const std::string &dimension) {
     const std::size_t length = variable.dimensions[*variable.axis(dimension)].length;
@@ -59,15 +38,36 @@ double meanAngle(const std::vector<double> &angles) {
     return east == 0.0 && north == 0.0 ? kUnknown : std::atan2(east, north) / kRadiansPerDegree;
 }
 
+// For a sensor whose zero is not known; missing values stay out of it.
+void shiftToMean(std::vector<float> &series, double mean) {
+    double sum = 0.0;
+    std::size_t count = 0;
+    for (const float value : series) {
+        if (std::isfinite(value)) {
+            sum += static_cast<double>(value);
+            ++count;
+        }
+    }
+    const double shift = count > 0 ? mean - sum / static_cast<double>(count) : 0.0;
+    for (float &value : series) {
+        value = static_cast<float>(static_cast<double>(value) + shift);
+    }
+}
+
 } // namespace
 
 struct BurstFileReader::Impl {
-    Impl(const std::string &path, const Overrides &userValues) : file(path), overrides(userValues) {
+    Impl(const std::string &path, const Overrides &userValues, VelocitySystem theSystem)
+        : file(path), overrides(userValues), wantedSystem(theSystem) {
         checkOverrides(overrides);
         findBursts();
-        instrument = readInstrument(file, overrides);
+        if (holdsProfiles(file)) {
+            findProfiles();
+        } else {
+            instrument = readInstrument(file, overrides);
+            findVelocity();
+        }
         findSeries();
-        findVelocity();
         findTrack();
         findAttitude();
         for (std::size_t i = 0; i < kTruthVariables.size(); ++i) {
@@ -78,12 +78,13 @@ struct BurstFileReader::Impl {
     void findBursts();
     void findSeries();
     void findVelocity();
+    void findProfiles();
     void findTrack();
     void findAttitude();
-    [[nodiscard]] std::optional<Column> findColumn(const std::string &name, Quantity quantity,
-                                                   const std::vector<std::string> &shape) const;
     [[nodiscard]] std::optional<Column> findTruth(const TruthVariable &wanted) const;
-    [[nodiscard]] std::vector<double> readSlice(const Column &column, std::size_t burst) const;
+    [[nodiscard]] std::vector<double> readBurstOf(const Column &column, std::size_t burst) const {
+        return readSlice(file, column, burstDimension, burst);
+    }
     [[nodiscard]] std::vector<float> readSeries(const Column &column, std::size_t burst) const;
     [[nodiscard]] std::array<std::vector<double>, 3>
     readThree(const Column &column, const std::string &dimension, std::size_t burst) const;
@@ -96,7 +97,9 @@ struct BurstFileReader::Impl {
     std::string burstDimension;
     std::size_t bursts = 0;
     std::size_t samples = 0;
+    VelocitySystem wantedSystem;
     VelocitySystem system = VelocitySystem::none;
+    std::optional<ProfileSeries> profiles;
     std::string componentDimension; // of `velocity`; empty: one variable a component
     std::vector<Column> velocity;
     std::optional<Column> time;
@@ -130,33 +133,25 @@ void BurstFileReader::Impl::findBursts() {
     }
 }
 
-std::optional<Column>
-BurstFileReader::Impl::findColumn(const std::string &name, Quantity quantity,
-                                  const std::vector<std::string> &shape) const {
-    const auto variable = file.find(name);
-    if (!variable) {
-        return std::nullopt;
-    }
-    requireShape(file, *variable, shape);
-    return Column{*variable, unitFactor(file, *variable, quantity)};
-}
-
 std::optional<Column> BurstFileReader::Impl::findTruth(const TruthVariable &wanted) const {
     const std::string units = wanted.units;
     const Quantity quantity = units == "m"        ? Quantity::length
                               : units == "s"      ? Quantity::duration
                               : units == "degree" ? Quantity::angle
                                                   : Quantity::velocity;
-    return findColumn(wanted.name, quantity, {burstDimension});
+    return findColumn(file, wanted.name, quantity, {burstDimension});
 }
 
 void BurstFileReader::Impl::findSeries() {
-    pressure = findColumn("pressure", Quantity::pressure, {burstDimension, kSample});
+    pressure = findColumn(file, "pressure", Quantity::pressure, {burstDimension, kSample});
     if (!pressure) {
         throw UserError("pressure is missing in " + file.path() + ": every method needs it");
     }
-    valid = findColumn("sample_valid", Quantity::plain, {burstDimension, kSample});
-    amplitude = findColumn("amplitude", Quantity::plain, {burstDimension, kSample, "beam"});
+    valid = findColumn(file, "sample_valid", Quantity::plain, {burstDimension, kSample});
+    if (!profiles) {
+        amplitude =
+            findColumn(file, "amplitude", Quantity::plain, {burstDimension, kSample, "beam"});
+    }
     if (amplitude) {
         requireThree(file, amplitude->variable, "beam");
     }
@@ -182,8 +177,11 @@ void BurstFileReader::Impl::findVelocity() {
          {"enu", VelocitySystem::enu}}};
     for (const auto &[name, candidate] : systems) {
         const std::string variable = std::string("velocity_") + name;
+        if (wantedSystem != VelocitySystem::none && wantedSystem != candidate) {
+            continue;
+        }
         if (const auto column =
-                findColumn(variable, Quantity::velocity, {burstDimension, kSample, name})) {
+                findColumn(file, variable, Quantity::velocity, {burstDimension, kSample, name})) {
             requireThree(file, column->variable, name);
             velocity = {*column};
             componentDimension = name;
@@ -191,10 +189,11 @@ void BurstFileReader::Impl::findVelocity() {
             break;
         }
     }
-    if (velocity.empty()) {
+    if (velocity.empty() &&
+        (wantedSystem == VelocitySystem::none || wantedSystem == VelocitySystem::enu)) {
         for (const char *name : {"velocity_east", "velocity_north", "velocity_up"}) {
             if (const auto column =
-                    findColumn(name, Quantity::velocity, {burstDimension, kSample})) {
+                    findColumn(file, name, Quantity::velocity, {burstDimension, kSample})) {
                 velocity.push_back(*column);
             } else if (!velocity.empty() && velocity.size() < 2) {
                 throw UserError(std::string(name) + " is missing in " + file.path() +
@@ -203,25 +202,41 @@ void BurstFileReader::Impl::findVelocity() {
         }
         system = velocity.empty() ? VelocitySystem::none : VelocitySystem::enu;
     }
+    if (system == VelocitySystem::none && wantedSystem != VelocitySystem::none) {
+        throw UserError(file.path() + " has no velocities in the wanted system");
+    }
     if (system != VelocitySystem::none && !std::isfinite(instrument.cellRange)) {
         throw UserError(missingText("cell_range", file.path()));
     }
 }
 
+void BurstFileReader::Impl::findProfiles() {
+    profiles.emplace(file, burstDimension, wantedSystem);
+    system = profiles->system();
+    instrument = readProfileInstrument(file, overrides, profiles->beams(), profiles->cells());
+}
+
+// A profile instrument tracks the surface once a sample, a point instrument twice.
 void BurstFileReader::Impl::findTrack() {
-    track = findColumn("surface_track_distance", Quantity::length, {burstDimension, kTrackSample});
-    if (!track) {
+    const auto variable = file.find("surface_track_distance");
+    if (!variable) {
         return;
     }
-    const std::size_t length = *file.dimensionLength(kTrackSample);
-    if (length != 2 * samples) {
+    const bool bySample = profiles && variable->axis(kSample).has_value();
+    const std::string dimension = bySample ? kSample : kTrackSample;
+    track = findColumn(file, variable->name, Quantity::length, {burstDimension, dimension});
+    const std::size_t perSample = trackPerSample(instrument);
+    const std::size_t length = *file.dimensionLength(dimension);
+    if (length != perSample * samples) {
         throw UserError("variable surface_track_distance in " + file.path() + " has " +
-                        std::to_string(length) + " values a burst, expected two for each of the " +
-                        std::to_string(samples) + " samples");
+                        std::to_string(length) + " values a burst, expected " +
+                        (profiles ? "one" : "two") + " for each of the " + std::to_string(samples) +
+                        " samples");
     }
-    if (std::abs(instrument.trackSamplingRate - 2.0 * instrument.samplingRate) > 1e-6) {
-        throw UserError("surface_track_sampling_rate in " + file.path() +
-                        " must be twice sampling_rate");
+    const double rate = static_cast<double>(perSample) * instrument.samplingRate;
+    if (std::abs(instrument.trackSamplingRate - rate) > 1e-6) {
+        throw UserError("surface_track_sampling_rate in " + file.path() + " must be " +
+                        (profiles ? "" : "twice ") + "sampling_rate");
     }
 }
 
@@ -239,26 +254,9 @@ void BurstFileReader::Impl::findAttitude() {
     }
 }
 
-// The values of one burst, in the order of the variable's other dimensions.
-std::vector<double> BurstFileReader::Impl::readSlice(const Column &column,
-                                                     std::size_t burst) const {
-    std::vector<std::size_t> start;
-    std::vector<std::size_t> count;
-    for (const NcDimension &dimension : column.variable.dimensions) {
-        const bool isBurst = dimension.name == burstDimension;
-        start.push_back(isBurst ? burst : 0);
-        count.push_back(isBurst ? 1 : dimension.length);
-    }
-    std::vector<double> values = file.read(column.variable, start, count);
-    for (double &value : values) {
-        value *= column.factor;
-    }
-    return values;
-}
-
 std::vector<float> BurstFileReader::Impl::readSeries(const Column &column,
                                                      std::size_t burst) const {
-    const std::vector<double> values = readSlice(column, burst);
+    const std::vector<double> values = readBurstOf(column, burst);
     std::vector<float> series(values.size());
     std::transform(values.begin(), values.end(), series.begin(),
                    [](double value) { return static_cast<float>(value); });
@@ -268,7 +266,7 @@ std::vector<float> BurstFileReader::Impl::readSeries(const Column &column,
 std::array<std::vector<double>, 3> BurstFileReader::Impl::readThree(const Column &column,
                                                                     const std::string &dimension,
                                                                     std::size_t burst) const {
-    const std::vector<double> values = readSlice(column, burst);
+    const std::vector<double> values = readBurstOf(column, burst);
     const bool samplesFirst = *column.variable.axis(kSample) < *column.variable.axis(dimension);
     std::array<std::vector<double>, 3> rows;
     for (std::size_t row = 0; row < 3; ++row) {
@@ -316,8 +314,9 @@ void BurstFileReader::Impl::readAmplitude(Burst &burst, std::size_t index) const
     }
 }
 
-BurstFileReader::BurstFileReader(const std::string &path, const Overrides &overrides)
-    : impl_(std::make_unique<Impl>(path, overrides)) {}
+BurstFileReader::BurstFileReader(const std::string &path, const Overrides &overrides,
+                                 VelocitySystem wanted)
+    : impl_(std::make_unique<Impl>(path, overrides, wanted)) {}
 
 BurstFileReader::~BurstFileReader() = default;
 
@@ -357,24 +356,36 @@ Burst BurstFileReader::readBurst(std::size_t index) const {
     if (const auto given = overrideNumbers(impl.overrides, "time")) {
         burst.startTime = given->front();
     } else if (impl.time) {
-        burst.startTime = impl.readSlice(*impl.time, index).front() + impl.timeEpoch;
+        burst.startTime = impl.readBurstOf(*impl.time, index).front() + impl.timeEpoch;
     }
     const std::array<double *, 3> angles{&burst.heading, &burst.pitch, &burst.roll};
     for (std::size_t i = 0; i < kAttitude.size(); ++i) {
         if (const auto given = overrideNumbers(impl.overrides, kAttitude[i])) {
             *angles[i] = given->front();
         } else if (impl.attitude[i]) {
-            *angles[i] = meanAngle(impl.readSlice(*impl.attitude[i], index));
+            const std::vector<double> values = impl.readBurstOf(*impl.attitude[i], index);
+            *angles[i] = meanAngle(values);
+            if (values.size() == impl.samples) {
+                burst.attitude[i].assign(values.begin(), values.end());
+            }
         }
     }
     burst.pressure = impl.readSeries(*impl.pressure, index);
-    impl.readVelocity(burst, index);
+    if (const auto mean = overrideNumbers(impl.overrides, "pressure_mean")) {
+        shiftToMean(burst.pressure, mean->front());
+    }
+    if (impl.profiles) {
+        burst.velocitySystem = impl.system;
+        burst.profile = impl.profiles->read(index);
+    } else {
+        impl.readVelocity(burst, index);
+    }
     impl.readAmplitude(burst, index);
     if (impl.track) {
         burst.surfaceTrack = impl.readSeries(*impl.track, index);
     }
     if (impl.valid) {
-        const std::vector<double> flags = impl.readSlice(*impl.valid, index);
+        const std::vector<double> flags = impl.readBurstOf(*impl.valid, index);
         burst.valid.resize(flags.size());
         std::transform(flags.begin(), flags.end(), burst.valid.begin(), [](double flag) {
             return static_cast<std::uint8_t>(flag != 0.0 && !std::isnan(flag));
@@ -388,7 +399,7 @@ std::optional<Truth> BurstFileReader::readTruth(std::size_t index) const {
     bool any = false;
     for (std::size_t i = 0; i < kTruthVariables.size(); ++i) {
         if (const auto &column = impl_->truth[i]) {
-            truth.*kTruthVariables[i].field = impl_->readSlice(*column, index).front();
+            truth.*kTruthVariables[i].field = impl_->readBurstOf(*column, index).front();
             any = true;
         }
     }

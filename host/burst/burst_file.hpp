@@ -44,7 +44,10 @@ using Overrides = std::map<std::string, std::string>;
 class BurstFileReader {
 public:
     // Throws orvik::UserError, naming file and variable, when the file cannot be used.
-    BurstFileReader(const std::string &path, const Overrides &overrides);
+    // Of several velocity variables that of the wanted system is taken; without a wish along beams before instrument axes
+    // before east, north, up.
+    BurstFileReader(const std::string &path, const Overrides &overrides,
+                    VelocitySystem wanted = VelocitySystem::none);
     ~BurstFileReader();
     BurstFileReader(const BurstFileReader &) = delete;
     BurstFileReader &operator=(const BurstFileReader &) = delete;

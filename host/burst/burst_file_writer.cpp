@@ -1,5 +1,6 @@
 #include "burst/burst_file.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -51,11 +52,48 @@ constexpr ScalarVariable kScalars[] = {
      &Instrument::slantAngle},
     {"cell_range", "m", "distance from the head to the measurement cell along the beam",
      &Instrument::cellRange},
-    {"cell_size", "m", "length of the measurement cell along the beam", &Instrument::cellSize},
+    {"cell_size", "m",
+     "length of a velocity cell: along the beam, of a profile instrument vertical",
+     &Instrument::cellSize},
     {"pressure_sensor_height_above_bed", "m", "height of the pressure sensor above the bed",
      &Instrument::pressureHeight},
     {"magnetic_declination", "degree", "angle added to every direction", &Instrument::declination},
+    {"roll_offset", "degree", "angle added to every roll: 180 for a head that looks down",
+     &Instrument::rollOffset},
 };
+
+struct ProfileScalar {
+    const char *name;
+    const char *units;
+    const char *longName;
+    double ProfileFacts::*field;
+};
+
+constexpr ProfileScalar kProfileScalars[] = {
+    {"blanking_distance", "m",
+     "vertical distance from the head to one cell size before the centre of the first cell",
+     &ProfileFacts::blanking},
+    {"surface_track_time_offset", "s",
+     "surface track and pressure are taken this much after the velocities",
+     &ProfileFacts::trackTimeOffset},
+    {"ambiguity_velocity", "m s-1",
+     "greatest velocity along a beam that is told apart from its opposite",
+     &ProfileFacts::ambiguityVelocity},
+};
+
+// Velocities of profiles are kept in whole millimetres per second, as the instrument tells them.
+constexpr double kVelocityStep = 0.001;
+constexpr short kMissingVelocity = -32768;
+
+std::vector<short> inMillimetres(const std::vector<float> &velocities) {
+    std::vector<short> values(velocities.size());
+    std::transform(velocities.begin(), velocities.end(), values.begin(), [](float velocity) {
+        const double steps = std::round(static_cast<double>(velocity) / kVelocityStep);
+        return std::isfinite(steps) ? static_cast<short>(std::clamp(steps, -32767.0, 32767.0))
+                                    : kMissingVelocity;
+    });
+    return values;
+}
 
 template <typename Value>
 std::vector<Value> interleaved(const std::array<std::vector<Value>, 3> &rows, std::size_t samples) {
@@ -77,7 +115,9 @@ struct BurstFileWriter::Impl {
 
     void defineInstrument(const Instrument &instrument);
     void defineBursts();
+    void defineProfiles();
     void writeInstrument(const Instrument &instrument);
+    void writeProfile(std::size_t row, const Profile &profile);
 
     NcWriter file;
     VelocitySystem system;
@@ -88,6 +128,9 @@ struct BurstFileWriter::Impl {
     int sampleDimension = -1;
     int beamDimension = -1;
     std::vector<int> scalars;
+    std::vector<int> profileScalars;
+    std::size_t beams = 3;
+    std::size_t cells = 0; // 0: a point instrument
     int trackRate = -1;
     int instrumentType = -1;
     int pings = -1;
@@ -99,6 +142,7 @@ struct BurstFileWriter::Impl {
     int velocity = -1;
     int track = -1;
     int amplitude = -1;
+    int correlation = -1;
     int valid = -1;
     std::array<int, kTruthVariables.size()> truth{};
 };
@@ -118,7 +162,16 @@ void BurstFileWriter::Impl::defineInstrument(const Instrument &instrument) {
     pings =
         file.addVariable("pings_per_sample", NC_INT, {},
                          {{"units", "1"}, {"long_name", "acoustic pings averaged into a sample"}});
-    beamDimension = file.addDimension("beam", 3);
+    beams = instrument.beams;
+    beamDimension = file.addDimension("beam", beams);
+    if (instrument.profile) {
+        cells = instrument.profile->cells;
+        for (const ProfileScalar &scalar : kProfileScalars) {
+            profileScalars.push_back(
+                file.addVariable(scalar.name, NC_DOUBLE, {},
+                                 {{"units", scalar.units}, {"long_name", scalar.longName}}));
+        }
+    }
     if (!instrument.beamAzimuth.empty()) {
         azimuth = file.addVariable(
             "beam_azimuth", NC_DOUBLE, {beamDimension},
@@ -152,7 +205,9 @@ void BurstFileWriter::Impl::defineBursts() {
                                 {{"units", "dbar"},
                                  {"long_name", "pressure relative to the atmosphere"},
                                  {"standard_name", "sea_water_pressure"}});
-    if (system != VelocitySystem::none) {
+    if (cells > 0) {
+        defineProfiles();
+    } else if (system != VelocitySystem::none) {
         const std::string name = systemName(system);
         int components = beamDimension;
         if (system == VelocitySystem::enu || (system == VelocitySystem::xyz && matrix < 0)) {
@@ -171,7 +226,9 @@ void BurstFileWriter::Impl::defineBursts() {
     if (trackSamples > 0) {
         track = file.addVariable(
             "surface_track_distance", NC_FLOAT,
-            {timeDimension, file.addDimension("surface_track_sample", trackSamples)},
+            {timeDimension, trackSamples == samples
+                                ? sampleDimension
+                                : file.addDimension("surface_track_sample", trackSamples)},
             {{"units", "m"}, {"long_name", "distance from the head to the surface"}});
     }
     valid = file.addVariable("sample_valid", NC_UBYTE, bySample,
@@ -183,16 +240,45 @@ void BurstFileWriter::Impl::defineBursts() {
     }
 }
 
+void BurstFileWriter::Impl::defineProfiles() {
+    const std::string name = systemName(system);
+    const int cell = file.addDimension("cell", cells);
+    const int components =
+        system == VelocitySystem::beam ? beamDimension : file.addDimension(name, beams);
+    velocity = file.addVariable("velocity_" + name, NC_SHORT,
+                                {timeDimension, sampleDimension, components, cell},
+                                {{"units", "m s-1"}, {"long_name", systemLongName(system)}});
+    file.setFill(velocity, kMissingVelocity);
+    file.setNumber(velocity, "scale_factor", kVelocityStep);
+    const std::vector<int> byCell{timeDimension, sampleDimension, beamDimension, cell};
+    amplitude = file.addVariable("amplitude", NC_UBYTE, byCell,
+                                 {{"units", "count"}, {"long_name", "echo strength"}});
+    correlation = file.addVariable(
+        "correlation", NC_UBYTE, byCell,
+        {{"units", "percent"}, {"long_name", "correlation of the echoes of a ping pair"}});
+}
+
+void BurstFileWriter::Impl::writeProfile(std::size_t row, const Profile &profile) {
+    const std::vector<std::size_t> start{row, 0, 0, 0};
+    const std::vector<std::size_t> count{1, samples, beams, cells};
+    file.write(velocity, start, count, inMillimetres(profile.velocity));
+    file.write(amplitude, start, count, profile.amplitude);
+    file.write(correlation, start, count, profile.correlation);
+}
+
 void BurstFileWriter::Impl::writeInstrument(const Instrument &instrument) {
     for (std::size_t i = 0; i < scalars.size(); ++i) {
         file.writeScalar(scalars[i], instrument.*kScalars[i].field);
+    }
+    for (std::size_t i = 0; i < profileScalars.size(); ++i) {
+        file.writeScalar(profileScalars[i], (*instrument.profile).*kProfileScalars[i].field);
     }
     if (trackRate >= 0) {
         file.writeScalar(trackRate, instrument.trackSamplingRate);
     }
     file.writeScalar(instrumentType, instrument.instrumentType);
     file.writeScalar(pings, instrument.pingsPerSample);
-    for (std::size_t i = 0; azimuth >= 0 && i < 3; ++i) {
+    for (std::size_t i = 0; azimuth >= 0 && i < beams; ++i) {
         file.write(azimuth, {i}, instrument.beamAzimuth.at(i));
     }
     for (std::size_t i = 0; matrix >= 0 && i < 9; ++i) {
@@ -228,7 +314,9 @@ void BurstFileWriter::append(const Burst &burst, const Truth &truth) {
         impl.file.write(impl.attitude[i], {row}, angles[i]);
     }
     impl.file.write(impl.pressure, {row, 0}, {1, impl.samples}, burst.pressure);
-    if (impl.velocity >= 0) {
+    if (burst.profile) {
+        impl.writeProfile(row, *burst.profile);
+    } else if (impl.velocity >= 0) {
         impl.file.write(impl.velocity, {row, 0, 0}, {1, impl.samples, 3},
                         interleaved(burst.velocity, impl.samples));
         const std::vector<unsigned short> strengths =

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "burst/column.hpp"
 #include "burst/geometry.hpp"
 #include "netcdf/units.hpp"
 #include "user_error.hpp"
@@ -15,8 +16,13 @@ namespace {
 struct Fact {
     const char *name;
     Quantity quantity;
-    std::size_t count;       // numbers that --set takes
-    const char *placeholder; // what an error message asks for
+    std::size_t count;        // numbers that --set takes
+    const char *placeholder;  // what an error message asks for
+    std::size_t most = count; // for facts that may have more
+
+    [[nodiscard]] bool takes(std::size_t numbers) const {
+        return numbers >= count && numbers <= most;
+    }
 };
 
 constexpr Fact kFacts[] = {
@@ -25,17 +31,22 @@ constexpr Fact kFacts[] = {
     {"acoustic_frequency", Quantity::frequency, 1, "HERTZ"},
     {"instrument_type", Quantity::plain, 1, "CODE"},
     {"beam_slant_angle", Quantity::angle, 1, "DEGREES"},
-    {"beam_azimuth", Quantity::angle, 3, "DEGREES,DEGREES,DEGREES"},
+    {"beam_azimuth", Quantity::angle, 3, "DEGREES,DEGREES,DEGREES", 4},
     {"beam_to_xyz", Quantity::plain, 9, "NINE,NUMBERS,ROW,BY,ROW..."},
     {"cell_range", Quantity::length, 1, "METRES"},
     {"cell_size", Quantity::length, 1, "METRES"},
     {"velocity_height_above_bed", Quantity::length, 1, "METRES"},
+    {"blanking_distance", Quantity::length, 1, "METRES"},
+    {"surface_track_time_offset", Quantity::duration, 1, "SECONDS"},
+    {"ambiguity_velocity", Quantity::velocity, 1, "METRES_PER_SECOND"},
     {"pings_per_sample", Quantity::plain, 1, "COUNT"},
     {"pressure_sensor_height_above_bed", Quantity::length, 1, "METRES"},
     {"magnetic_declination", Quantity::angle, 1, "DEGREES"},
     {"heading", Quantity::angle, 1, "DEGREES"},
     {"pitch", Quantity::angle, 1, "DEGREES"},
     {"roll", Quantity::angle, 1, "DEGREES"},
+    {"roll_offset", Quantity::angle, 1, "DEGREES"},
+    {"pressure_mean", Quantity::pressure, 1, "DECIBAR"},
     {"time", Quantity::duration, 1, "SECONDS_SINCE_1970"},
 };
 
@@ -43,6 +54,11 @@ const Fact *findFact(const std::string &name) {
     const auto *fact = std::find_if(std::begin(kFacts), std::end(kFacts),
                                     [&](const Fact &candidate) { return candidate.name == name; });
     return fact == std::end(kFacts) ? nullptr : fact;
+}
+
+std::string countText(const Fact &fact) {
+    const std::string least = std::to_string(fact.count);
+    return fact.most == fact.count ? least : least + " to " + std::to_string(fact.most);
 }
 
 double parseNumber(const std::string &name, const std::string &text) {
@@ -80,10 +96,10 @@ public:
             return std::nullopt;
         }
         const Fact &fact = *findFact(name);
-        if (variable->size() != fact.count) {
+        if (!fact.takes(variable->size())) {
             throw UserError("variable " + name + " in " + file_.path() + " has the dimensions " +
                             variable->shapeText() + " and " + std::to_string(variable->size()) +
-                            " values, expected " + std::to_string(fact.count));
+                            " values, expected " + countText(fact));
         }
         const double factor = unitFactor(file_, *variable, fact.quantity);
         std::vector<double> values = file_.readAll(*variable);
@@ -150,6 +166,9 @@ void readBeams(const FactSource &source, const NcReader &file, const Overrides &
     if (const auto azimuths = source.numbers("beam_azimuth")) {
         instrument.beamAzimuth = *azimuths;
     }
+    if (instrument.beams != 3) {
+        return; // of four beams azimuths and slant say everything
+    }
     if (const auto values = source.numbers("beam_to_xyz")) {
         const auto variable = file.find("beam_to_xyz");
         const bool fromFile = overrides.count("beam_to_xyz") == 0;
@@ -171,6 +190,61 @@ void readCell(const FactSource &source, Instrument &instrument) {
     source.positive("cell_size", instrument.cellSize);
 }
 
+// What point and profile instruments have in common.
+Instrument readCommon(const FactSource &source, const NcReader &file) {
+    Instrument instrument;
+    source.positive("sampling_rate", instrument.samplingRate);
+    if (!std::isfinite(instrument.samplingRate)) {
+        throw UserError(missingText("sampling_rate", file.path()));
+    }
+    source.positive("acoustic_frequency", instrument.acousticFrequency);
+    instrument.pingsPerSample = static_cast<unsigned>(
+        source.whole("pings_per_sample", static_cast<int>(instrument.pingsPerSample), 1, 1000000));
+    source.number("pressure_sensor_height_above_bed", instrument.pressureHeight);
+    source.number("magnetic_declination", instrument.declination);
+    source.number("roll_offset", instrument.rollOffset);
+    return instrument;
+}
+
+// The heights of the cells, from the blanking distance or from their own list, which must be evenly spaced.
+void readCells(const FactSource &source, const NcReader &file, Instrument &instrument) {
+    constexpr double kSame = 0.001; // [m]
+    ProfileFacts &profile = *instrument.profile;
+    source.positive("cell_size", instrument.cellSize);
+    if (!std::isfinite(instrument.cellSize)) {
+        throw UserError(missingText("cell_size", file.path()));
+    }
+    source.number("blanking_distance", profile.blanking);
+    const auto variable = file.find("cell_distance");
+    if (!variable) {
+        return;
+    }
+    requireShape(file, *variable, {"cell"});
+    const double factor = unitFactor(file, *variable, Quantity::length);
+    const std::vector<double> distances = file.readAll(*variable);
+    for (std::size_t c = 0; c < distances.size(); ++c) {
+        const double told = distances[c] * factor;
+        const double expected = profile.blanking + static_cast<double>(c + 1) * instrument.cellSize;
+        if (!(std::abs(told - expected) < kSame)) {
+            throw UserError("cell_distance in " + file.path() + ": cell " + std::to_string(c) +
+                            " is " + std::to_string(told) +
+                            " m from the head; with blanking_distance and cell_size it is " +
+                            std::to_string(expected) + " m: correct these with --set");
+        }
+    }
+}
+
+void checkBeams(const FactSource &source, const Instrument &instrument) {
+    if (!instrument.beamAzimuth.empty() && instrument.beamAzimuth.size() != instrument.beams) {
+        throw UserError("beam_azimuth" + source.where("beam_azimuth") + " has " +
+                        std::to_string(instrument.beamAzimuth.size()) +
+                        " angles, the instrument has " + std::to_string(instrument.beams) +
+                        " beams");
+    }
+}
+
+constexpr int kProfileType = 16;
+
 } // namespace
 
 void checkOverrides(const Overrides &overrides) {
@@ -184,8 +258,8 @@ void checkOverrides(const Overrides &overrides) {
             }
             throw UsageError("--set " + name + ": no such value; known are " + known);
         }
-        if (parseNumbers(name, text).size() != fact->count) {
-            throw UsageError("--set " + name + " takes " + std::to_string(fact->count) +
+        if (!fact->takes(parseNumbers(name, text).size())) {
+            throw UsageError("--set " + name + " takes " + countText(*fact) +
                              (fact->count == 1 ? " number" : " numbers separated by commas") +
                              ": " + name + "=" + fact->placeholder);
         }
@@ -209,21 +283,42 @@ std::string missingText(const std::string &name, const std::string &path) {
 
 Instrument readInstrument(const NcReader &file, const Overrides &overrides) {
     const FactSource source(file, overrides);
-    Instrument instrument;
-    source.positive("sampling_rate", instrument.samplingRate);
-    if (!std::isfinite(instrument.samplingRate)) {
-        throw UserError(missingText("sampling_rate", file.path()));
-    }
+    Instrument instrument = readCommon(source, file);
     instrument.trackSamplingRate = 2.0 * instrument.samplingRate;
     source.positive("surface_track_sampling_rate", instrument.trackSamplingRate);
-    source.positive("acoustic_frequency", instrument.acousticFrequency);
     instrument.instrumentType = source.whole("instrument_type", instrument.instrumentType, 0, 1000);
-    instrument.pingsPerSample = static_cast<unsigned>(
-        source.whole("pings_per_sample", static_cast<int>(instrument.pingsPerSample), 1, 1000000));
-    source.number("pressure_sensor_height_above_bed", instrument.pressureHeight);
-    source.number("magnetic_declination", instrument.declination);
+    if (instrument.instrumentType == kProfileType) {
+        throw UserError("instrument_type" + source.where("instrument_type") +
+                        " is 16, a profile instrument, but the velocities have no dimension cell");
+    }
     readBeams(source, file, overrides, instrument);
+    checkBeams(source, instrument);
     readCell(source, instrument);
+    return instrument;
+}
+
+Instrument readProfileInstrument(const NcReader &file, const Overrides &overrides,
+                                 std::size_t beams, std::size_t cells) {
+    const FactSource source(file, overrides);
+    Instrument instrument = readCommon(source, file);
+    instrument.profile = ProfileFacts{};
+    instrument.profile->cells = cells;
+    instrument.trackSamplingRate = instrument.samplingRate;
+    source.positive("surface_track_sampling_rate", instrument.trackSamplingRate);
+    instrument.instrumentType = source.whole("instrument_type", kProfileType, 0, 1000);
+    if (instrument.instrumentType != kProfileType) {
+        throw UserError(
+            "instrument_type" + source.where("instrument_type") + " is " +
+            std::to_string(instrument.instrumentType) +
+            ", a point instrument, but the velocities have a dimension cell: profiles are type 16");
+    }
+    instrument.beams = beams;
+    readBeams(source, file, overrides, instrument);
+    checkBeams(source, instrument);
+    instrument.cellSize = kUnknown;
+    readCells(source, file, instrument);
+    source.number("surface_track_time_offset", instrument.profile->trackTimeOffset);
+    source.positive("ambiguity_velocity", instrument.profile->ambiguityVelocity);
     return instrument;
 }
 

@@ -1,6 +1,7 @@
 // What a burst file and the user's own values tell of the instrument.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,5 +24,9 @@ std::string missingText(const std::string &name, const std::string &path);
 
 // A sampling rate is required; what else may be missing stays unknown.
 Instrument readInstrument(const NcReader &file, const Overrides &overrides);
+
+// The same of a profile instrument, which needs its cells' size too.
+Instrument readProfileInstrument(const NcReader &file, const Overrides &overrides,
+                                 std::size_t beams, std::size_t cells);
 
 } // namespace orvik

@@ -37,6 +37,8 @@ struct ProcessOptions {
     std::optional<int> directions;
     std::optional<int> bandWidth;
     std::string source;
+    std::string velocities;
+    std::optional<double> troughMargin;
     bool goingTo = false;
     bool quiet = false;
 };
@@ -51,6 +53,16 @@ Overrides overridesOf(const std::vector<std::string> &values) {
         overrides[value.substr(0, equals)] = value.substr(equals + 1);
     }
     return overrides;
+}
+
+VelocitySystem wantedSystem(const std::string &name) {
+    if (name == "beam") {
+        return VelocitySystem::beam;
+    }
+    if (name == "xyz") {
+        return VelocitySystem::xyz;
+    }
+    return name == "enu" ? VelocitySystem::enu : VelocitySystem::none;
 }
 
 // The method that makes the most of a file's series without asking for facts that go with other ones.
@@ -73,6 +85,7 @@ ProcessingChoices choicesOf(const ProcessOptions &options, const BurstFileReader
     choices.dirBandWidth = options.bandWidth.value_or(choices.dirBandWidth);
     choices.specBandWidth = options.bandWidth.value_or(choices.specBandWidth);
     choices.comingFrom = !options.goingTo;
+    choices.troughMargin = options.troughMargin.value_or(choices.troughMargin);
     if (!options.source.empty()) {
         choices.directionalInputMode = options.source == "pressure"   ? 0
                                        : options.source == "velocity" ? 1
@@ -84,7 +97,7 @@ ProcessingChoices choicesOf(const ProcessOptions &options, const BurstFileReader
     return choices;
 }
 
-void noteChangedLimits(const ProcessOptions &options, const OVProcessingParameters &used,
+void noteChangedLimits(const ProcessOptions &options, const orvikbase::ProcessingParameters &used,
                        std::set<std::string> &notes) {
     constexpr double kSame = 1e-5; // [Hz] single precision
     const auto check = [&](const char *option, const std::optional<double> &asked, float inUse) {
@@ -100,9 +113,8 @@ void noteChangedLimits(const ProcessOptions &options, const OVProcessingParamete
 
 std::map<std::string, std::string> provenance(const ProcessOptions &options,
                                               const BurstFileReader &reader,
-                                              const OVProcessingParameters &used) {
+                                              const orvikbase::ProcessingParameters &used) {
     const Instrument &instrument = reader.instrument();
-    // The plus signs below make copies: fields of packed structures may lie at any address.
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     std::string given;
     for (const std::string &value : options.values) {
@@ -114,7 +126,7 @@ std::map<std::string, std::string> provenance(const ProcessOptions &options,
         {"history", fmt::format("{:%Y-%m-%dT%H:%M:%SZ} orvik process", fmt::gmtime(now))},
         {"burst_file", std::filesystem::path(options.input).filename().string()},
         {"values_given", given},
-        {"processing_method", std::to_string(used.processingMethod)},
+        {"processing_method", std::to_string(static_cast<int>(used.method))},
         {"direction_convention", options.goingTo
                                      ? "directions waves go to, clockwise from true north"
                                      : "directions waves come from, clockwise from true north"},
@@ -122,9 +134,9 @@ std::map<std::string, std::string> provenance(const ProcessOptions &options,
          fmt::format("freq {:g} to {:g} Hz, surface track {:g} to {:g} Hz, step {:g} Hz, {} "
                      "directions, dirBandWidth {}, "
                      "specBandWidth {}, directionalInputMode {}, estimateMask {}",
-                     +used.freqMin, +used.freqMax, +used.fineFreqMin, +used.fineFreqMax,
-                     +used.freqStep, +used.nDirections, +used.dirBandWidth, +used.specBandWidth,
-                     +used.directionalInputMode, +used.estimateMask)},
+                     used.freqMin, used.freqMax, used.fineFreqMin, used.fineFreqMax, used.freqStep,
+                     used.directions, used.dirBandWidth, used.specBandWidth,
+                     static_cast<int>(used.directionalInput), used.estimateMask)},
         {"instrument",
          fmt::format("type {}, {:g} Hz sampling, {:g} Hz acoustic, slant {:g} degree, cell range "
                      "{:g} m, cell size {:g} m, "
@@ -146,13 +158,13 @@ TableRow tableRow(const ResultRow &row, bool comingFrom) {
         line.truth->meanDirection = std::fmod(line.truth->meanDirection + 180.0, 360.0);
     }
     if (row.result.processed) {
-        const OVWaveParameterSet &waves = row.result.waves;
-        line.height = present(waves.waveParameters[OV_HM0]);
-        line.peakPeriod = present(waves.waveParameters[OV_TP]);
-        line.peakDirection = present(waves.waveParameters[OV_PEAK_DIRECTION]);
-        line.meanDirection = present(waves.waveParameters[OV_MEAN_DIRECTION]);
-        line.peakSpread = present(waves.waveParameters[OV_PEAK_SPREAD]);
-        line.spectrumSource = waves.spectrumSource;
+        const orvikbase::WaveParameters &waves = row.result.waves;
+        line.height = present(waves.significantHeight);
+        line.peakPeriod = present(waves.peakPeriod);
+        line.peakDirection = present(waves.peakDirection);
+        line.meanDirection = present(waves.meanDirection);
+        line.peakSpread = present(waves.peakSpread);
+        line.spectrumSource = static_cast<int>(waves.spectrumSource);
     }
     return line;
 }
@@ -222,12 +234,13 @@ void runProcess(const ProcessOptions &options) {
         throw UsageError("--output is the input file " + options.input +
                          ": give the results another name");
     }
-    const BurstFileReader reader(options.input, overridesOf(options.values));
+    const BurstFileReader reader(options.input, overridesOf(options.values),
+                                 wantedSystem(options.velocities));
     const ProcessingChoices choices = choicesOf(options, reader);
-    if (needsAttitude(choices.method, reader.velocitySystem())) {
+    if (needsAttitude(reader.instrument(), choices.method, reader.velocitySystem())) {
         reader.requireAttitude();
     }
-    if (needsBeams(choices.method, reader.velocitySystem())) {
+    if (needsBeams(reader.instrument(), choices.method, reader.velocitySystem())) {
         reader.requireBeams();
     }
     BurstRunner runner(reader.instrument(), choices);
@@ -239,7 +252,7 @@ void runProcess(const ProcessOptions &options) {
     if (layout.frequencies.empty() || layout.fineFrequencies.empty()) {
         throw UsageError("no frequency is left between --freq-min and half the sampling rate");
     }
-    layout.directions = static_cast<std::size_t>(runner.parameters().nDirections);
+    layout.directions = static_cast<std::size_t>(runner.parameters().directions);
     layout.comingFrom = choices.comingFrom;
     layout.hasTruth = reader.hasTruth();
     layout.pressureHeight = reader.instrument().pressureHeight;
@@ -288,6 +301,15 @@ void addProcessCommand(CLI::App &app) {
             "--source", options->source,
             "elevation spectrum behind the parameters: pressure, velocity or best (methods 2 to 4)")
         ->check(CLI::IsMember({"pressure", "velocity", "best"}));
+    command
+        ->add_option("--velocities", options->velocities,
+                     "beam, xyz or enu: which velocities to take from a file that has several")
+        ->check(CLI::IsMember({"beam", "xyz", "enu"}));
+    command
+        ->add_option("--trough-margin", options->troughMargin,
+                     "profile instruments: use the cell below this percentage of the distance to "
+                     "the deepest trough (90)")
+        ->check(CLI::Range(1.0, 100.0));
     command->add_flag("--going-to", options->goingTo,
                       "directions say where waves go to instead of come from");
     command->add_flag("--quiet", options->quiet, "no table");

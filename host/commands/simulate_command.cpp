@@ -14,7 +14,6 @@
 #include "burst/burst_file.hpp"
 #include "simulate/scenario_file.hpp"
 #include "simulate/scenario_settings.hpp"
-#include "simulate/sensors.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -108,7 +107,8 @@ Scenario scenarioOfOptions(const SimulateOptions &options) {
         // The file alone is sound: what is wrong now, the options did.
         throw UsageError(error.what());
     }
-    scenario.instrument.trackSamplingRate = trackRate(scenario.instrument);
+    scenario.instrument.trackSamplingRate =
+        static_cast<double>(trackPerSample(scenario.instrument)) * scenario.instrument.samplingRate;
     return scenario;
 }
 
@@ -123,7 +123,7 @@ std::string summary(const SimulateOptions &options, const Scenario &scenario, do
 void runSimulate(const SimulateOptions &options) {
     const Scenario scenario = scenarioOfOptions(options);
     BurstFileWriter writer(options.output, scenario.instrument, scenario.velocitySystem,
-                           scenario.samples, kTrackPerSample * scenario.samples,
+                           scenario.samples, trackPerSample(scenario.instrument) * scenario.samples,
                            {{"title", "simulated deployment of a wave instrument"},
                             {"source", "linear random sea (orvik simulate)"},
                             {"seed", std::to_string(scenario.seed)}});
@@ -150,7 +150,7 @@ void addTextOptions(CLI::App &command, const std::shared_ptr<SimulateOptions> &o
         ->group("Deployment");
     command
         .add_option("--beam-azimuth", options->beamAzimuth,
-                    "three angles, degrees from X towards Y")
+                    "one angle a beam, degrees from X towards Y")
         ->delimiter(',')
         ->group("Deployment");
     command.add_option("--shape", options->shape, "jonswap or pierson-moskowitz")->group("Sea");

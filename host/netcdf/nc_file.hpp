@@ -78,6 +78,7 @@ public:
     int addVariable(const std::string &name, nc_type type, const std::vector<int> &dimensions,
                     const Attributes &attributes);
     void setFill(int variable, unsigned short value);
+    void setFill(int variable, short value);
     void setText(int variable, const std::string &attribute,
                  const std::string &value); // NC_GLOBAL: the file
     void setNumber(int variable, const std::string &attribute, double value);
@@ -90,6 +91,8 @@ public:
                const std::vector<std::size_t> &count, const std::vector<unsigned short> &values);
     void write(int variable, const std::vector<std::size_t> &start,
                const std::vector<std::size_t> &count, const std::vector<unsigned char> &values);
+    void write(int variable, const std::vector<std::size_t> &start,
+               const std::vector<std::size_t> &count, const std::vector<short> &values);
     void write(int variable, const std::vector<std::size_t> &start, double value);
     void writeScalar(int variable, double value) { write(variable, {}, value); }
 

@@ -115,6 +115,10 @@ void NcWriter::setFill(int variable, unsigned short value) {
     check(nc_def_var_fill(id_, variable, NC_FILL, &value), "a fill value");
 }
 
+void NcWriter::setFill(int variable, short value) {
+    check(nc_def_var_fill(id_, variable, NC_FILL, &value), "a fill value");
+}
+
 void NcWriter::setText(int variable, const std::string &attribute, const std::string &value) {
     check(nc_put_att_text(id_, variable, attribute.c_str(), value.size(), value.data()),
           "attribute " + attribute);
@@ -151,6 +155,12 @@ void NcWriter::write(int variable, const std::vector<std::size_t> &start,
                      const std::vector<unsigned char> &values) {
     checkCount(count, values.size());
     check(nc_put_vara_uchar(id_, variable, start.data(), count.data(), values.data()), "data");
+}
+
+void NcWriter::write(int variable, const std::vector<std::size_t> &start,
+                     const std::vector<std::size_t> &count, const std::vector<short> &values) {
+    checkCount(count, values.size());
+    check(nc_put_vara_short(id_, variable, start.data(), count.data(), values.data()), "data");
 }
 
 void NcWriter::write(int variable, const std::vector<std::size_t> &start, double value) {

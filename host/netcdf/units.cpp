@@ -37,6 +37,7 @@ constexpr Spelling kSpellings[] = {
     {Quantity::pressure, "Pa", 1e-4}, {Quantity::pressure, "hPa", 1e-2}, {Quantity::pressure, "mbar", 1e-2},
     {Quantity::pressure, "kPa", 1e-1}, {Quantity::pressure, "bar", 10.0},
     {Quantity::duration, "s", 1.0}, {Quantity::duration, "second", 1.0}, {Quantity::duration, "seconds", 1.0},
+    {Quantity::share, "percent", 1.0}, {Quantity::share, "%", 1.0}, {Quantity::share, "1", 100.0},
     {Quantity::plain, "1", 1.0}, {Quantity::plain, "count", 1.0}, {Quantity::plain, "counts", 1.0},
     {Quantity::plain, "", 1.0},
     // clang-format on

@@ -7,9 +7,9 @@
 
 namespace orvik {
 
-enum class Quantity { frequency, angle, length, velocity, pressure, duration, plain };
+enum class Quantity { frequency, angle, length, velocity, pressure, duration, share, plain };
 
-// Factor that turns a variable's values into Hz, degrees, m, m s-1, dbar, s or 1. Throws UserError, naming file and
+// Factor that turns a variable's values into Hz, degrees, m, m s-1, dbar, s, percent or 1. Throws UserError, naming file and
 // variable, for a unit of another kind and for a measured quantity without one.
 double unitFactor(const NcReader &file, const NcVariable &variable, Quantity quantity);
 

@@ -23,40 +23,40 @@ struct Parameter {
     std::function<double(const BurstResult &)> value;
 };
 
-std::function<double(const BurstResult &)> slot(OVWaveParameter index) {
-    return
-        [index](const BurstResult &result) { return present(result.waves.waveParameters[index]); };
+std::function<double(const BurstResult &)> wave(float orvikbase::WaveParameters::*value) {
+    return [value](const BurstResult &result) { return present(result.waves.*value); };
 }
 
 const std::vector<Parameter> &parameters() {
     static const std::vector<Parameter> kAll{
         // clang-format off
-        {"hm0", "m", "sea_surface_wave_significant_height", "spectral significant wave height, 4 sqrt(m0)", slot(OV_HM0)},
-        {"tp", "s", "sea_surface_wave_period_at_variance_spectral_density_maximum", "peak period", slot(OV_TP)},
-        {"tm02", "s", "sea_surface_wave_mean_period_from_variance_spectral_density_second_frequency_moment", "mean period sqrt(m0 / m2)", slot(OV_TM02)},
-        {"tm_10", "s", "sea_surface_wave_mean_period_from_variance_spectral_density_inverse_frequency_moment", "energy period m-1 / m0", [](const BurstResult &r) { return present(r.waves.energyPeriod); }},
-        {"peak_direction", "degree", "sea_surface_wave_from_direction_at_variance_spectral_density_maximum", "wave direction at the spectral peak", slot(OV_PEAK_DIRECTION)},
-        {"mean_direction", "degree", "sea_surface_wave_from_direction", "energy-weighted mean wave direction", slot(OV_MEAN_DIRECTION)},
-        {"peak_spread", "degree", "sea_surface_wave_directional_spread_at_variance_spectral_density_maximum", "directional spread at the spectral peak", slot(OV_PEAK_SPREAD)},
-        {"resultant_length", "1", "", "length of the mean direction vector", slot(OV_RESULTANT_LENGTH)},
-        {"h_third", "m", "sea_surface_wave_significant_height", "mean height of the highest third of the waves", slot(OV_H_THIRD)},
-        {"t_third", "s", "sea_surface_wave_significant_period", "mean period of the highest third of the waves", slot(OV_T_THIRD)},
-        {"h_tenth", "m", "sea_surface_wave_mean_height_of_highest_tenth", "mean height of the highest tenth of the waves; 1.27 hm0 without a surface track", slot(OV_H_TENTH)},
-        {"t_tenth", "s", "sea_surface_wave_mean_period_of_highest_tenth", "mean period of the highest tenth of the waves", slot(OV_T_TENTH)},
-        {"h_max", "m", "sea_surface_wave_maximum_height", "greatest wave height; 1.67 hm0 without a surface track", slot(OV_H_MAX)},
-        {"t_max", "s", "sea_surface_wave_period_of_highest_wave", "period of the highest wave", slot(OV_T_MAX)},
-        {"tz", "s", "sea_surface_wave_zero_upcrossing_period", "mean period between zero up-crossings", slot(OV_T_CROSSING)},
-        {"checked_hm0", "m", "", "hm0 where the spectrum has a shape", [](const BurstResult &r) { return present(r.waves.checkedHeight); }},
-        {"checked_tm02", "s", "", "tm02 where all parameters are valid", [](const BurstResult &r) { return present(r.waves.checkedMeanPeriod); }},
+        {"hm0", "m", "sea_surface_wave_significant_height", "spectral significant wave height, 4 sqrt(m0)", wave(&orvikbase::WaveParameters::significantHeight)},
+        {"tp", "s", "sea_surface_wave_period_at_variance_spectral_density_maximum", "peak period", wave(&orvikbase::WaveParameters::peakPeriod)},
+        {"tm02", "s", "sea_surface_wave_mean_period_from_variance_spectral_density_second_frequency_moment", "mean period sqrt(m0 / m2)", wave(&orvikbase::WaveParameters::meanPeriod)},
+        {"tm_10", "s", "sea_surface_wave_mean_period_from_variance_spectral_density_inverse_frequency_moment", "energy period m-1 / m0", wave(&orvikbase::WaveParameters::energyPeriod)},
+        {"peak_direction", "degree", "sea_surface_wave_from_direction_at_variance_spectral_density_maximum", "wave direction at the spectral peak", wave(&orvikbase::WaveParameters::peakDirection)},
+        {"mean_direction", "degree", "sea_surface_wave_from_direction", "energy-weighted mean wave direction", wave(&orvikbase::WaveParameters::meanDirection)},
+        {"peak_spread", "degree", "sea_surface_wave_directional_spread_at_variance_spectral_density_maximum", "directional spread at the spectral peak", wave(&orvikbase::WaveParameters::peakSpread)},
+        {"resultant_length", "1", "", "length of the mean direction vector", wave(&orvikbase::WaveParameters::resultantLength)},
+        {"h_third", "m", "sea_surface_wave_significant_height", "mean height of the highest third of the waves", wave(&orvikbase::WaveParameters::thirdHeight)},
+        {"t_third", "s", "sea_surface_wave_significant_period", "mean period of the highest third of the waves", wave(&orvikbase::WaveParameters::thirdPeriod)},
+        {"h_tenth", "m", "sea_surface_wave_mean_height_of_highest_tenth", "mean height of the highest tenth of the waves; 1.27 hm0 without a surface track", wave(&orvikbase::WaveParameters::tenthHeight)},
+        {"t_tenth", "s", "sea_surface_wave_mean_period_of_highest_tenth", "mean period of the highest tenth of the waves", wave(&orvikbase::WaveParameters::tenthPeriod)},
+        {"h_max", "m", "sea_surface_wave_maximum_height", "greatest wave height; 1.67 hm0 without a surface track", wave(&orvikbase::WaveParameters::maxHeight)},
+        {"t_max", "s", "sea_surface_wave_period_of_highest_wave", "period of the highest wave", wave(&orvikbase::WaveParameters::maxPeriod)},
+        {"tz", "s", "sea_surface_wave_zero_upcrossing_period", "mean period between zero up-crossings", wave(&orvikbase::WaveParameters::crossingPeriod)},
+        {"checked_hm0", "m", "", "hm0 where the spectrum has a shape", wave(&orvikbase::WaveParameters::checkedHeight)},
+        {"checked_tm02", "s", "", "tm02 where all parameters are valid", wave(&orvikbase::WaveParameters::checkedMeanPeriod)},
         {"current_speed", "m s-1", "sea_water_speed", "mean current speed", [](const BurstResult &r) { return r.currentSpeed; }},
         {"current_direction", "degree", "sea_water_velocity_to_direction", "direction that the mean current goes to", [](const BurstResult &r) { return r.currentDirection; }},
-        {"instrument_depth", "m", "", "mean depth of the pressure sensor", [](const BurstResult &r) { return present(r.waves.instrumentDepth); }},
-        {"cell_height", "m", "", "height of the measurement cell above the head", [](const BurstResult &r) { return present(r.waves.cellVerticalRange); }},
-        {"surface_track_level", "m", "", "mean distance from the head to the surface", [](const BurstResult &r) { return present(r.waves.astLevel); }},
-        {"surface_track_bad", "1", "", "surface-track values out of range", [](const BurstResult &r) { return static_cast<double>(r.waves.astInitialBadCount); }},
-        {"surface_track_spikes", "1", "", "surface-track spikes", [](const BurstResult &r) { return static_cast<double>(r.waves.astSpikeCount); }},
-        {"method_used", "1", "", "processing method of this burst", [](const BurstResult &r) { return static_cast<double>(r.parameters.processingMethod); }},
-        {"aliasing_frequency", "Hz", "", "lowest frequency without directions", [](const BurstResult &r) { return present(r.waves.aliasingFrequency); }},
+        {"instrument_depth", "m", "", "mean depth of the pressure sensor", wave(&orvikbase::WaveParameters::instrumentDepth)},
+        {"cell_height", "m", "", "height of the measurement cell above the head", wave(&orvikbase::WaveParameters::cellVerticalRange)},
+        {"cell_used", "1", "", "cell of the profile that was used, counted from 1", [](const BurstResult &r) { return r.waves.selectedCell > 0 ? static_cast<double>(r.waves.selectedCell) : kUnknown; }},
+        {"surface_track_level", "m", "", "mean distance from the head to the surface", wave(&orvikbase::WaveParameters::trackLevel)},
+        {"surface_track_bad", "1", "", "surface-track values out of range", [](const BurstResult &r) { return static_cast<double>(r.waves.trackBadCount); }},
+        {"surface_track_spikes", "1", "", "surface-track spikes", [](const BurstResult &r) { return static_cast<double>(r.waves.trackSpikeCount); }},
+        {"method_used", "1", "", "processing method of this burst", [](const BurstResult &r) { return static_cast<double>(r.parameters.method); }},
+        {"aliasing_frequency", "Hz", "", "lowest frequency without directions", wave(&orvikbase::WaveParameters::aliasingFrequency)},
         // clang-format on
     };
     return kAll;
@@ -77,25 +77,23 @@ const std::vector<Spectrum> &spectra() {
     static const std::vector<Spectrum> kAll{
         // clang-format off
         {"variance_density", "m2 s", kDensityName, "elevation spectrum behind the wave parameters", [](const BurstResult &r, std::size_t i) { return r.energy.at(i); }},
-        {"variance_density_pressure", "m2 s", kDensityName, "elevation spectrum from pressure", [](const BurstResult &r, std::size_t i) { return r.spectra.energySpectrum[i]; }},
-        {"variance_density_velocity", "m2 s", kDensityName, "elevation spectrum from velocity", [](const BurstResult &r, std::size_t i) { return r.spectra.secondSpectrum[i]; }},
-        {"direction", "degree", "sea_surface_wave_from_direction", "mean wave direction by frequency", [](const BurstResult &r, std::size_t i) { return r.spectra.direction[i]; }},
-        {"spread", "degree", "sea_surface_wave_directional_spread", "directional spread by frequency", [](const BurstResult &r, std::size_t i) { return r.spectra.spread[i]; }},
-        {"a1", "1", "", "mean cosine of the direction that waves come from, clockwise from north", [](const BurstResult &r, std::size_t i) { return r.spectra.coefP[i]; }},
-        {"b1", "1", "", "mean sine of the direction that waves come from, clockwise from north", [](const BurstResult &r, std::size_t i) { return r.spectra.coefQ[i]; }},
-        {"a2", "1", "", "mean cosine of twice that direction", [](const BurstResult &r, std::size_t i) { return r.spectra.coefR[i]; }},
-        {"b2", "1", "", "mean sine of twice that direction", [](const BurstResult &r, std::size_t i) { return r.spectra.coefS[i]; }},
-        {"check_ratio", "1", "", "check ratio of two elevation estimates", [](const BurstResult &r, std::size_t i) { return r.spectra.bandValue[i]; }},
+        {"variance_density_pressure", "m2 s", kDensityName, "elevation spectrum from pressure", [](const BurstResult &r, std::size_t i) { return r.spectra.pressureEnergy()[i]; }},
+        {"variance_density_velocity", "m2 s", kDensityName, "elevation spectrum from velocity", [](const BurstResult &r, std::size_t i) { return r.spectra.velocityEnergy()[i]; }},
+        {"direction", "degree", "sea_surface_wave_from_direction", "mean wave direction by frequency", [](const BurstResult &r, std::size_t i) { return r.spectra.direction()[i]; }},
+        {"spread", "degree", "sea_surface_wave_directional_spread", "directional spread by frequency", [](const BurstResult &r, std::size_t i) { return r.spectra.spread()[i]; }},
+        {"a1", "1", "", "mean cosine of the direction that waves come from, clockwise from north", [](const BurstResult &r, std::size_t i) { return float{r.spectra.get()->coefP[i]}; }},
+        {"b1", "1", "", "mean sine of the direction that waves come from, clockwise from north", [](const BurstResult &r, std::size_t i) { return float{r.spectra.get()->coefQ[i]}; }},
+        {"a2", "1", "", "mean cosine of twice that direction", [](const BurstResult &r, std::size_t i) { return float{r.spectra.get()->coefR[i]}; }},
+        {"b2", "1", "", "mean sine of twice that direction", [](const BurstResult &r, std::size_t i) { return float{r.spectra.get()->coefS[i]}; }},
+        {"check_ratio", "1", "", "check ratio of two elevation estimates", [](const BurstResult &r, std::size_t i) { return r.spectra.checkRatio()[i]; }},
         // clang-format on
     };
     return kAll;
 }
 
 bool hasTrackSpectrum(const BurstResult &result) {
-    constexpr int kWithTrack = 15; // spectrumKind when the surface track was usable
-    const int method = result.parameters.processingMethod;
-    return result.processed && result.spectra.spectrumKind == kWithTrack &&
-           (method == 2 || method == 4);
+    return result.processed && result.spectra.hasTrack() &&
+           usesTrack(static_cast<int>(result.parameters.method));
 }
 
 float presentOrFill(float value) {
@@ -262,7 +260,7 @@ void ResultFileWriter::Impl::writeSpectra(std::size_t row, const BurstResult &re
     }
     std::vector<float> line(layout.fineFrequencies.size(), kFill);
     for (std::size_t i = 0; hasTrackSpectrum(result) && i < line.size(); ++i) {
-        line[i] = presentOrFill(result.spectra.fineSpectrum[i]);
+        line[i] = presentOrFill(result.spectra.trackEnergy()[i]);
     }
     file.write(trackSpectrum, {row, 0}, {1, line.size()}, line);
 }
@@ -315,7 +313,7 @@ void ResultFileWriter::append(const ResultRow &row) {
     }
     impl.file.write(impl.flags, {at},
                     result.processed ? result.waves.qualityFlags : OV_FLAG_NO_RESULT);
-    impl.file.write(impl.source, {at}, result.waves.spectrumSource);
+    impl.file.write(impl.source, {at}, static_cast<double>(result.waves.spectrumSource));
     impl.writeSpectra(at, result);
     impl.writeDistribution(at, result);
     ++impl.written;

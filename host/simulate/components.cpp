@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "burst/geometry.hpp"
-#include "simulate/sensors.hpp"
 #include "simulate/wave_theory.hpp"
 
 namespace orvik {
@@ -151,8 +150,9 @@ double meanFromDirection(const FrequencyGrid &grid, const std::vector<WaveCompon
 
 FrequencyGrid frequencyGrid(const Instrument &instrument, std::size_t samples) {
     FrequencyGrid grid;
-    grid.points = std::bit_ceil(kBurstsInPeriod * kTrackPerSample * samples);
-    grid.width = trackRate(instrument) / static_cast<double>(grid.points);
+    grid.points = std::bit_ceil(kBurstsInPeriod * kGridPerSample * samples);
+    grid.width = static_cast<double>(kGridPerSample) * instrument.samplingRate /
+                 static_cast<double>(grid.points);
     return grid;
 }
 

@@ -10,12 +10,14 @@
 
 namespace orvik {
 
+// Points of the grid from one sample to the next, so that it reaches to twice a sensor's Nyquist frequency.
+inline constexpr std::size_t kGridPerSample = 2;
+
 // Frequencies of the plane waves: line n at n * width. Their common period is several bursts long, so that the lines
 // lie between a burst's harmonics as well as on them and nothing repeats within a burst.
 struct FrequencyGrid {
-    double width = 0.0; // [Hz]
-    std::size_t points =
-        0; // samples, at the surface track's rate, in the common period; a power of two
+    double width = 0.0;     // [Hz]
+    std::size_t points = 0; // points in the common period, kGridPerSample a sample; a power of two
     [[nodiscard]] std::size_t lines() const { return points / 2; }
     [[nodiscard]] double frequency(std::size_t line) const {
         return width * static_cast<double>(line);

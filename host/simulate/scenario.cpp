@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 
 #include "burst/geometry.hpp"
+#include "burst/profile_geometry.hpp"
+#include "simulate/profile_sensors.hpp"
 #include "simulate/random_source.hpp"
 #include "simulate/sensors.hpp"
 #include "simulate/wave_theory.hpp"
@@ -113,8 +115,28 @@ void addTide(const Scenario &scenario, double hours, SeaState &sea) {
     }
 }
 
+void checkType(const Instrument &instrument) {
+    const int type = instrument.instrumentType;
+    if (type != 0 && type != 1 && type != 3 && type != 16) {
+        throw UserError(
+            fmt::format("instrument_type {} cannot be simulated: choose 0, 1, 3 or 16", type));
+    }
+    if (type != 16 && (instrument.profile || instrument.beams != 3)) {
+        throw UserError("beams, cells, blanking, track_time_offset and ambiguity_velocity are "
+                        "settings of a profile "
+                        "instrument: set instrument_type to 16 too");
+    }
+    if (type == 16 && instrument.samplingRate < 1.0) {
+        throw UserError("a profile instrument samples at whole rates: choose a rate of 1 or 2");
+    }
+}
+
 void checkInstrument(const Instrument &instrument) {
-    beamToXyzMatrix(instrument); // throws when the beams do not span space
+    if (instrument.beamAzimuth.size() != instrument.beams) {
+        throw UserError(fmt::format("beam_azimuth has {} angles for {} beams: give one for each",
+                                    instrument.beamAzimuth.size(), instrument.beams));
+    }
+    beamsToAxes(instrument); // throws when the beams do not span space
     const double rate = instrument.samplingRate;
     if (rate != 0.75 && rate != 1.0 && rate != 2.0) {
         throw UserError(fmt::format(
@@ -124,11 +146,7 @@ void checkInstrument(const Instrument &instrument) {
         throw UserError(
             "rate 0.75 Hz is that of 400 kHz instruments: set acoustic_frequency to 400000 too");
     }
-    const int type = instrument.instrumentType;
-    if (type != 0 && type != 1 && type != 3) {
-        throw UserError(
-            fmt::format("instrument_type {} cannot be simulated: choose 0, 1 or 3", type));
-    }
+    checkType(instrument);
 }
 
 void checkStates(const std::vector<SeaAtHour> &states) {
@@ -224,7 +242,11 @@ void checkScenario(const Scenario &scenario) {
     checkStates(scenario.states);
     for (std::size_t index = 0; index < scenario.bursts; ++index) {
         const SeaState sea = seaOfBurst(scenario, index);
-        checkPlaces(scenario.instrument, sea);
+        if (scenario.instrument.profile) {
+            checkProfilePlaces(scenario.instrument, sea);
+        } else {
+            checkPlaces(scenario.instrument, sea);
+        }
         checkHeight(sea);
     }
 }

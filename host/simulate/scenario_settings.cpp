@@ -17,8 +17,33 @@ namespace {
 
 constexpr double kCircle = 360.0;
 
+constexpr int kProfileType = 16;
+constexpr ProfileFacts kUsualProfile{40, 0.5, 0.0, 2.5};
+constexpr double kUsualCellSize = 0.5; // [m] vertical, of a profile instrument
+
 // Doubles count whole numbers exactly up to here.
 constexpr double kGreatestWhole = 9007199254740992.0;
+
+// Whether the type goes with settings of profile instruments is seen once all are known.
+ProfileFacts &profileOf(Scenario &scenario) {
+    auto &profile = scenario.instrument.profile;
+    return profile ? *profile : profile.emplace(kUsualProfile);
+}
+
+void storeType(Scenario &scenario, int type) {
+    scenario.instrument.instrumentType = type;
+    if (type == kProfileType) {
+        profileOf(scenario);
+        scenario.instrument.cellSize = kUsualCellSize;
+    }
+}
+
+// Evenly around the head, until azimuths are told.
+void storeBeams(Scenario &scenario, std::size_t beams) {
+    scenario.instrument.beams = beams;
+    scenario.instrument.beamAzimuth = beams == 4 ? std::vector<double>{0.0, 90.0, 180.0, 270.0}
+                                                 : std::vector<double>{0.0, 120.0, 240.0};
+}
 
 double numberOfText(const std::string &name, std::string_view text) {
     double value = 0.0;
@@ -72,11 +97,17 @@ const std::vector<NumberSetting<Scenario>> &deploymentSettings() {
         {"samples", "samples of a burst", 16, 16384, [](Scenario &s, double v) { s.samples = static_cast<std::size_t>(v); }, true},
         {"seed", "number that the random draws start from", 0, kGreatestWhole, [](Scenario &s, double v) { s.seed = static_cast<std::uint64_t>(v); }, true},
         {"rate", "samples a second: 0.75, 1 or 2 Hz", 0.75, 2, [](Scenario &s, double v) { s.instrument.samplingRate = v; }},
-        {"instrument_type", "the library's type code: 0, 1 or 3", 0, 3, [](Scenario &s, double v) { s.instrument.instrumentType = static_cast<int>(v); }, true},
+        {"instrument_type", "the library's type code: 0, 1 or 3; 16 is a profile instrument", 0, 16, [](Scenario &s, double v) { storeType(s, static_cast<int>(v)); }, true},
         {"acoustic_frequency", "Hz", 1e5, 1e7, [](Scenario &s, double v) { s.instrument.acousticFrequency = v; }},
         {"slant", "degrees from the vertical to the slanted beams", 1, 60, [](Scenario &s, double v) { s.instrument.slantAngle = v; }},
         {"cell_range", "m along the beam from the head to the velocity cell", 0.1, 500, [](Scenario &s, double v) { s.instrument.cellRange = v; }},
-        {"cell_size", "m along the beam", 0.01, 50, [](Scenario &s, double v) { s.instrument.cellSize = v; }},
+        {"cell_size", "m along the beam; of a profile instrument vertical", 0.01, 50, [](Scenario &s, double v) { s.instrument.cellSize = v; }},
+        {"cells", "cells of a profile instrument", 1, 256, [](Scenario &s, double v) { profileOf(s).cells = static_cast<std::size_t>(v); }, true},
+        {"beams", "slanted beams of a profile instrument: 3 or 4", 3, 4, [](Scenario &s, double v) { storeBeams(s, static_cast<std::size_t>(v)); }, true},
+        {"blanking", "m from the head up to the cells of a profile instrument", 0, 100, [](Scenario &s, double v) { profileOf(s).blanking = v; }},
+        {"track_time_offset", "s by which a profile instrument's track and pressure come after its velocities", -3, 3, [](Scenario &s, double v) { profileOf(s).trackTimeOffset = v; }},
+        {"ambiguity_velocity", "m/s, of a profile instrument", 0.1, 20, [](Scenario &s, double v) { profileOf(s).ambiguityVelocity = v; }},
+        {"roll_offset", "degrees added to every roll: 180 for a head that looks down", -180, 180, [](Scenario &s, double v) { s.instrument.rollOffset = v; }},
         {"pings_per_sample", "pings averaged into a sample", 1, 10000, [](Scenario &s, double v) { s.instrument.pingsPerSample = static_cast<unsigned>(v); }, true},
         {"pressure_height", "m of the head above the bed", 0, 500, [](Scenario &s, double v) { s.instrument.pressureHeight = v; }},
         {"declination", "degrees from the compass's north to true north", -180, 180, [](Scenario &s, double v) { s.instrument.declination = v; }},
@@ -175,10 +206,11 @@ void storeVelocitySystem(const std::string &name, const std::string &text, Scena
 
 void storeBeamAzimuth(const std::string &name, const std::vector<double> &degrees,
                       Scenario &scenario) {
-    if (degrees.size() != 3 ||
+    if ((degrees.size() != 3 && degrees.size() != 4) ||
         !std::all_of(degrees.begin(), degrees.end(), [](double a) { return std::isfinite(a); })) {
         throw UserError(fmt::format(
-            "{}: give three angles in degrees, one for each slanted beam, as in 0,120,240", name));
+            "{}: give three or four angles in degrees, one for each slanted beam, as in 0,120,240",
+            name));
     }
     scenario.instrument.beamAzimuth = degrees;
 }

@@ -5,7 +5,9 @@
 #include <limits>
 
 #include "burst/geometry.hpp"
+#include "burst/profile_geometry.hpp"
 #include "simulate/components.hpp"
+#include "simulate/profile_sensors.hpp"
 #include "simulate/sensors.hpp"
 #include "simulate/wave_theory.hpp"
 
@@ -35,7 +37,9 @@ enum Stream : std::uint64_t {
     amplitudeStream,
     missingStream,
     trackDropStream,
-    velocityNoiseStream // and the two after it: one for each beam
+    velocityNoiseStream, // and the two after it: one for each beam
+    profileEchoStream = velocityNoiseStream + 3,
+    profileNoiseStream
 };
 
 RandomSource stream(std::uint64_t seed, std::uint64_t which) {
@@ -74,14 +78,12 @@ void addSpikes(std::vector<double> &series, double share, RandomSource random) {
     }
 }
 
-void addFaults(SensorSeries &series, const SensorFaults &faults, std::uint64_t seed) {
-    addNoise(series.pressure, faults.pressureNoise, stream(seed, pressureNoiseStream));
-    addSpikes(series.pressure, faults.spikeFraction, stream(seed, pressureSpikeStream));
-    addNoise(series.track, faults.trackNoise, stream(seed, trackNoiseStream));
-    addSpikes(series.track, faults.spikeFraction, stream(seed, trackSpikeStream));
-    for (std::size_t b = 0; b < 3; ++b) {
-        addNoise(series.beam[b], faults.velocityNoise, stream(seed, velocityNoiseStream + b));
-    }
+void addHeadFaults(std::vector<double> &pressure, std::vector<double> &track,
+                   const SensorFaults &faults, std::uint64_t seed) {
+    addNoise(pressure, faults.pressureNoise, stream(seed, pressureNoiseStream));
+    addSpikes(pressure, faults.spikeFraction, stream(seed, pressureSpikeStream));
+    addNoise(track, faults.trackNoise, stream(seed, trackNoiseStream));
+    addSpikes(track, faults.spikeFraction, stream(seed, trackSpikeStream));
 }
 
 void drawAmplitudes(Burst &burst, std::size_t samples, RandomSource random) {
@@ -104,7 +106,8 @@ void storeVelocities(const Instrument &instrument, const SensorSeries &series, B
         turn = beamToXyzMatrix(instrument);
     }
     if (burst.velocitySystem == VelocitySystem::enu) {
-        turn = product(xyzToEnuMatrix(burst.heading, burst.pitch, burst.roll), turn);
+        turn = product(
+            xyzToEnuMatrix(burst.heading, burst.pitch, burst.roll + instrument.rollOffset), turn);
     }
     for (std::size_t i = 0; i < series.pressure.size(); ++i) {
         const Vector3 stored =
@@ -115,12 +118,45 @@ void storeVelocities(const Instrument &instrument, const SensorSeries &series, B
     }
 }
 
+// The same of every cell of a profile.
+void storeProfile(const Instrument &instrument, const Profile &alongBeams, Burst &burst) {
+    burst.profile = alongBeams;
+    if (burst.velocitySystem == VelocitySystem::beam) {
+        return;
+    }
+    SquareMatrix turn = beamsToAxes(instrument);
+    if (burst.velocitySystem == VelocitySystem::enu) {
+        turn = product(axesToEarth(instrument.beams, burst.heading, burst.pitch,
+                                   burst.roll + instrument.rollOffset),
+                       turn);
+    }
+    Profile &profile = *burst.profile;
+    for (std::size_t i = 0; i < burst.pressure.size(); ++i) {
+        for (std::size_t cell = 0; cell < profile.cells; ++cell) {
+            for (std::size_t row = 0; row < profile.beams; ++row) {
+                double sum = 0.0;
+                for (std::size_t b = 0; b < profile.beams; ++b) {
+                    sum += turn.at(row, b) *
+                           static_cast<double>(alongBeams.velocity[profile.at(i, b, cell)]);
+                }
+                profile.velocity[profile.at(i, row, cell)] = static_cast<float>(sum);
+            }
+        }
+    }
+}
+
 // A missing sample is missing in every series.
 void loseSample(Burst &burst, std::size_t index) {
     burst.valid[index] = 0;
     burst.pressure[index] = kMissing;
-    burst.surfaceTrack[kTrackPerSample * index] = kMissing;
-    burst.surfaceTrack[kTrackPerSample * index + 1] = kMissing;
+    const std::size_t perSample = burst.surfaceTrack.size() / burst.pressure.size();
+    std::fill_n(burst.surfaceTrack.begin() + static_cast<std::ptrdiff_t>(perSample * index),
+                perSample, kMissing);
+    if (burst.profile) {
+        Profile &profile = *burst.profile;
+        std::fill_n(profile.velocity.begin() + static_cast<std::ptrdiff_t>(profile.at(index, 0, 0)),
+                    profile.beams * profile.cells, kMissing);
+    }
     for (auto &component : burst.velocity) {
         if (!component.empty()) {
             component[index] = kMissing;
@@ -144,6 +180,40 @@ void loseSamples(Burst &burst, const SensorFaults &faults, std::uint64_t seed) {
     }
 }
 
+// Pressure, track and velocities of a point instrument, its own faults among them.
+void recordPoint(const Instrument &instrument, const SeaState &sea, const FrequencyGrid &grid,
+                 const std::vector<WaveComponent> &components, const SensorFaults &faults,
+                 std::uint64_t seed, SimulatedBurst &simulated, std::size_t samples) {
+    SensorSeries series = recordComponents(instrument, sea, grid, components, samples);
+    simulated.truth.realisedHeight = realisedHeight(series.elevation);
+    addHeadFaults(series.pressure, series.track, faults, seed);
+    for (std::size_t b = 0; b < 3; ++b) {
+        addNoise(series.beam[b], faults.velocityNoise, stream(seed, velocityNoiseStream + b));
+    }
+    simulated.burst.pressure = asFloats(series.pressure);
+    simulated.burst.surfaceTrack = asFloats(series.track);
+    storeVelocities(instrument, series, simulated.burst);
+    drawAmplitudes(simulated.burst, samples, stream(seed, amplitudeStream));
+}
+
+// The same of a profile instrument.
+void recordProfileBurst(const Instrument &instrument, const SeaState &sea,
+                        const FrequencyGrid &grid, const std::vector<WaveComponent> &components,
+                        const SensorFaults &faults, std::uint64_t seed, SimulatedBurst &simulated,
+                        std::size_t samples) {
+    ProfileRecording recording =
+        recordProfile(instrument, sea, grid, components, samples, stream(seed, profileEchoStream));
+    simulated.truth.realisedHeight = realisedHeight(recording.elevation);
+    addHeadFaults(recording.pressure, recording.track, faults, seed);
+    RandomSource random = stream(seed, profileNoiseStream);
+    for (float &velocity : recording.profile.velocity) {
+        velocity += static_cast<float>(faults.velocityNoise * random.normal());
+    }
+    simulated.burst.pressure = asFloats(recording.pressure);
+    simulated.burst.surfaceTrack = asFloats(recording.track);
+    storeProfile(instrument, recording.profile, simulated.burst);
+}
+
 } // namespace
 
 SimulatedBurst simulateBurst(const Instrument &instrument, const SeaState &sea,
@@ -152,12 +222,9 @@ SimulatedBurst simulateBurst(const Instrument &instrument, const SeaState &sea,
     const FrequencyGrid grid = frequencyGrid(instrument, samples);
     RandomSource random = stream(seed, seaStream);
     const auto components = drawComponents(sea, grid, random);
-    SensorSeries series = recordComponents(instrument, sea, grid, components, samples);
-
     SimulatedBurst simulated;
     Truth &truth = simulated.truth;
     describeSpectrum(sea, grid, components, truth);
-    truth.realisedHeight = realisedHeight(series.elevation);
     truth.currentSpeed = sea.currentSpeed;
     truth.currentDirection = sea.currentDirection;
     truth.waterDepth = sea.waterDepth;
@@ -167,11 +234,8 @@ SimulatedBurst simulateBurst(const Instrument &instrument, const SeaState &sea,
     burst.pitch = sea.pitch;
     burst.roll = sea.roll;
     burst.velocitySystem = system;
-    addFaults(series, faults, seed);
-    burst.pressure = asFloats(series.pressure);
-    burst.surfaceTrack = asFloats(series.track);
-    storeVelocities(instrument, series, burst);
-    drawAmplitudes(burst, samples, stream(seed, amplitudeStream));
+    const auto record = instrument.profile ? recordProfileBurst : recordPoint;
+    record(instrument, sea, grid, components, faults, seed, simulated, samples);
     loseSamples(burst, faults, seed);
     return simulated;
 }

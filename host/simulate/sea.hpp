@@ -1,4 +1,4 @@
-// Linear random seas as a point instrument on the bed would record them.
+// Linear random seas as an instrument on the bed would record them.
 #pragma once
 
 #include <cstdint>

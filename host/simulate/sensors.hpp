@@ -1,4 +1,4 @@
-// What the sensors of an instrument on the bed see of a list of plane waves, each at its own place and instant.
+// What a point instrument on the bed sees of a list of plane waves, each sensor at its own place and instant.
 #pragma once
 
 #include <array>
@@ -9,15 +9,13 @@
 
 namespace orvik {
 
+// Surface-track values a sample of a point instrument.
 inline constexpr std::size_t kTrackPerSample = 2;
 
 // Delays [s] before a sample's nominal instant (docs/burst-file.md).
 inline constexpr double kBeamDelay = 0.0625; // times the beam's number
 inline constexpr double kTrackDelay = 0.1875;
 double pressureDelay(const Instrument &instrument);
-
-// [Hz] of the surface track: twice the samples'.
-double trackRate(const Instrument &instrument);
 
 // Series without noise or faults.
 struct SensorSeries {

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -18,7 +19,8 @@ const std::vector<Outcome> &outcomes() {
     return all;
 }
 
-std::vector<double> collect(const std::string &way, Group group, const std::function<double(const Errors &)> &value) {
+std::vector<double> collect(const std::string &way, Group group,
+                            const std::function<double(const Errors &)> &value) {
     std::vector<double> values;
     for (const Outcome &outcome : outcomes()) {
         if (outcome.way.name == way && outcome.sea.group == group) {
@@ -28,10 +30,12 @@ std::vector<double> collect(const std::string &way, Group group, const std::func
     return values;
 }
 
-class EveryWay : public testing::TestWithParam<Way> {
+class EveryWay : public testing::TestWithParam<std::tuple<Way, Group>> {
 protected:
-    [[nodiscard]] std::vector<double> single(const std::function<double(const Errors &)> &value) const {
-        return collect(GetParam().name, Group::single, value);
+    [[nodiscard]] static Way way() { return std::get<0>(GetParam()); }
+    [[nodiscard]] std::vector<double>
+    single(const std::function<double(const Errors &)> &value) const {
+        return collect(way().name, std::get<1>(GetParam()), value);
     }
 };
 
@@ -42,21 +46,23 @@ TEST(Accuracy, CoversTheSeasItClaims) {
     }
     EXPECT_GE(singles, 24U);
     for (const Way &way : allWays()) {
-        EXPECT_GE(collect(way.name, Group::single, [](const Errors &e) { return e.heightPercent; }).size(), 12U)
-            << way.name;
+        const auto height = [](const Errors &e) { return e.heightPercent; };
+        EXPECT_GE(collect(way.name, Group::single, height).size(), 12U) << way.name;
+        EXPECT_GE(collect(way.name, Group::threeBeamProfile, height).size(), 6U) << way.name;
+        EXPECT_GE(collect(way.name, Group::fourBeamProfile, height).size(), 6U) << way.name;
     }
 }
 
 TEST_P(EveryWay, GivesEveryBurstAResult) {
     for (const Outcome &outcome : outcomes()) {
-        if (outcome.way.name == GetParam().name) {
+        if (outcome.way.name == way().name) {
             EXPECT_EQ(outcome.errors.bursts, kBursts) << outcome.sea.name;
         }
     }
 }
 
 TEST_P(EveryWay, FindsTheHeight) {
-    const double limit = GetParam().usesTrack ? 2.0 : 5.0; // [%]
+    const double limit = way().usesTrack ? 2.0 : 5.0; // [%]
     EXPECT_LE(median(single([](const Errors &e) { return e.heightPercent; })), limit);
 }
 
@@ -79,12 +85,26 @@ TEST_P(EveryWay, FindsTheSpread) {
     EXPECT_LE(median(single([](const Errors &e) { return e.peakSpread; })), 5.0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Methods, EveryWay, testing::ValuesIn(allWays()), [](const auto &param) {
-    std::string name = param.param.name;
-    for (char &c : name) {
-        c = c == ' ' ? '_' : c;
+const char *nameOf(Group group) {
+    switch (group) {
+    case Group::threeBeamProfile:
+        return "ThreeBeamProfile";
+    case Group::fourBeamProfile:
+        return "FourBeamProfile";
+    default:
+        return "Point";
     }
-    return "Method" + name;
-});
+}
+
+INSTANTIATE_TEST_SUITE_P(Methods, EveryWay,
+                         testing::Combine(testing::ValuesIn(allWays()),
+                                          testing::ValuesIn(kSingleGroups)),
+                         [](const auto &param) {
+                             std::string name = std::get<0>(param.param).name;
+                             for (char &c : name) {
+                                 c = c == ' ' ? '_' : c;
+                             }
+                             return std::string("Method") + name + nameOf(std::get<1>(param.param));
+                         });
 
 } // namespace

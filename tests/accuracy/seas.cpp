@@ -1,6 +1,7 @@
 #include "accuracy/seas.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -83,9 +84,10 @@ void addCurrentSeas(std::vector<Sea> &seas) {
         double speed;
         double turn; // [degrees] from where the waves go
     };
-    for (const Current &current : {Current{"following 0.3 m/s", 0.3, 0.0}, Current{"following 0.8 m/s", 0.8, 0.0},
-                                   Current{"opposing 0.3 m/s", 0.3, 180.0}, Current{"opposing 0.8 m/s", 0.8, 180.0},
-                                   Current{"crossing 0.8 m/s", 0.8, 90.0}}) {
+    for (const Current &current :
+         {Current{"following 0.3 m/s", 0.3, 0.0}, Current{"following 0.8 m/s", 0.8, 0.0},
+          Current{"opposing 0.3 m/s", 0.3, 180.0}, Current{"opposing 0.8 m/s", 0.8, 180.0},
+          Current{"crossing 0.8 m/s", 0.8, 90.0}}) {
         Sea sea = seaFrom({2.0, 8.0, 250.0, 25.0, 15.0, 120.0, 2.0, 1.0, 2});
         sea.group = Group::current;
         sea.name = current.name;
@@ -119,6 +121,22 @@ void addTwoSystemSeas(std::vector<Sea> &seas) {
     }
 }
 
+// Every third of the single seas, its number of cells and the system of its velocities varying from one to the next.
+void addProfileSeas(std::vector<Sea> &seas, Group group) {
+    static constexpr std::array<std::size_t, 5> kCells{20, 32, 64, 45, 128};
+    static constexpr std::array<VelocitySystem, 3> kSystems{
+        VelocitySystem::beam, VelocitySystem::xyz, VelocitySystem::enu};
+    std::size_t number = 0;
+    for (std::size_t row = group == Group::threeBeamProfile ? 0 : 1; row < std::size(kSingle);
+         row += 2, ++number) {
+        Sea sea = seaFrom(kSingle[row]);
+        sea.group = group;
+        sea.cells = row == 16 || row == 17 ? OV_MAX_CELLS : kCells[number % kCells.size()];
+        sea.system = kSystems[number % kSystems.size()];
+        seas.push_back(sea);
+    }
+}
+
 double signedTurn(double from, double to) { return std::remainder(to - from, 360.0); }
 
 // Shortest period that a height from pressure or from velocity should be asked for: 1.4 times that of the deep-water
@@ -131,19 +149,26 @@ public:
         if (!result.processed) {
             return;
         }
-        // The structure is packed: a pointer into it may be misaligned.
-        const auto wave = [&result](int slot) { return static_cast<double>(result.waves.waveParameters[slot]); };
-        heights_.push_back(100.0 * (wave(OV_HM0) / truth.realisedHeight - 1.0));
-        const double peak = 1.0 / wave(OV_TP);
+        const auto wave = [&result](float orvikbase::WaveParameters::*value) {
+            return static_cast<double>(result.waves.*value);
+        };
+        heights_.push_back(
+            100.0 *
+            (wave(&orvikbase::WaveParameters::significantHeight) / truth.realisedHeight - 1.0));
+        const double peak = 1.0 / wave(&orvikbase::WaveParameters::peakPeriod);
         peaks_.push_back((peak - 1.0 / truth.peakPeriod) / kFrequencyStep);
-        means_.push_back(signedTurn(truth.meanDirection, wave(OV_MEAN_DIRECTION)));
-        peakDirections_.push_back(signedTurn(truth.peakDirection, wave(OV_PEAK_DIRECTION)));
-        spreads_.push_back(wave(OV_PEAK_SPREAD) - truth.peakSpread);
+        means_.push_back(
+            signedTurn(truth.meanDirection, wave(&orvikbase::WaveParameters::meanDirection)));
+        peakDirections_.push_back(
+            signedTurn(truth.peakDirection, wave(&orvikbase::WaveParameters::peakDirection)));
+        spreads_.push_back(wave(&orvikbase::WaveParameters::peakSpread) - truth.peakSpread);
     }
 
     [[nodiscard]] Errors errors() const {
-        return {mean(heights_), scatter(heights_),       mean(peaks_),   mean(means_),
-                scatter(means_), mean(peakDirections_), mean(spreads_), static_cast<int>(heights_.size())};
+        return {mean(heights_),  scatter(heights_),
+                mean(peaks_),    mean(means_),
+                scatter(means_), mean(peakDirections_),
+                mean(spreads_),  static_cast<int>(heights_.size())};
     }
 
 private:
@@ -178,6 +203,8 @@ std::vector<Sea> allSeas() {
     }
     addCurrentSeas(seas);
     addTwoSystemSeas(seas);
+    addProfileSeas(seas, Group::threeBeamProfile);
+    addProfileSeas(seas, Group::fourBeamProfile);
     return seas;
 }
 
@@ -190,11 +217,30 @@ const std::vector<Way> &allWays() {
     return ways;
 }
 
+namespace {
+
+void makeProfiler(const Sea &sea, Instrument &instrument) {
+    const bool four = sea.group == Group::fourBeamProfile;
+    instrument.instrumentType = 16;
+    instrument.trackSamplingRate = sea.samplingRate;
+    instrument.beams = four ? 4 : 3;
+    instrument.beamAzimuth = four ? std::vector<double>{0.0, 90.0, 180.0, 270.0}
+                                  : std::vector<double>{0.0, 120.0, 240.0};
+    instrument.cellSize = 1.1 * sea.state.waterDepth / static_cast<double>(sea.cells);
+    instrument.profile = ProfileFacts{sea.cells, 0.4, 0.14, 2.5};
+}
+
+} // namespace
+
 Instrument instrumentFor(const Sea &sea) {
     Instrument instrument;
     instrument.samplingRate = sea.samplingRate;
     instrument.trackSamplingRate = 2.0 * sea.samplingRate;
     instrument.pressureHeight = kPressureHeight;
+    if (sea.cells > 0) {
+        makeProfiler(sea, instrument);
+        return instrument;
+    }
     instrument.cellRange =
         0.6 * sea.state.waterDepth / std::cos(instrument.slantAngle * std::numbers::pi / 180.0);
     return instrument;
@@ -218,7 +264,7 @@ std::vector<Outcome> runAll() {
         for (int b = 0; b < kBursts; ++b) {
             const std::size_t samples = kBurstSeconds * static_cast<std::size_t>(sea.samplingRate);
             bursts.push_back(
-                simulateBurst(instrument, sea.state, SensorFaults{}, samples, VelocitySystem::beam, seed++));
+                simulateBurst(instrument, sea.state, SensorFaults{}, samples, sea.system, seed++));
         }
         for (const Way &way : allWays()) {
             if (!allows(sea, way)) {

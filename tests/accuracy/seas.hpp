@@ -1,6 +1,8 @@
 // Seas with known height, period, direction and spread, and what each method makes of them.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -8,14 +10,20 @@
 
 namespace orvik::accuracy {
 
-enum class Group { single, current, twoSystems };
+enum class Group { single, current, twoSystems, threeBeamProfile, fourBeamProfile };
 
 struct Sea {
     std::string name;
     Group group = Group::single;
     SeaState state;
-    int samplingRate = 2; // [Hz]
+    int samplingRate = 2;  // [Hz]
+    std::size_t cells = 0; // of a profile instrument
+    VelocitySystem system = VelocitySystem::beam;
 };
+
+// Groups of one wave system without a current, by the instrument that records them.
+inline constexpr std::array<Group, 3> kSingleGroups{Group::single, Group::threeBeamProfile,
+                                                    Group::fourBeamProfile};
 
 // All seas of the comparison.
 std::vector<Sea> allSeas();
@@ -33,10 +41,12 @@ const std::vector<Way> &allWays();
 // spectrum that a way takes the height from does not reach well beyond the peak.
 bool allows(const Sea &sea, const Way &way);
 
-// The instrument that records a sea: 1 MHz, three beams at 25 degrees, measuring at 60 % of the depth.
+// The instrument that records a sea: 1 MHz, beams at 25 degrees. A point instrument measures with three beams at 60 % of
+// the depth; the cells of a profile instrument reach through the surface.
 Instrument instrumentFor(const Sea &sea);
 
-inline constexpr int kBursts = 4;           // bursts averaged for a sea: a single 17-minute burst varies by itself
+inline constexpr int kBursts =
+    4; // bursts averaged for a sea: a single 17-minute burst varies by itself
 inline constexpr double kFrequencyStep = 0.01; // [Hz]
 
 // Errors of the mean over a sea's bursts, and the scatter of single bursts.

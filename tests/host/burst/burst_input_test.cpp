@@ -239,9 +239,9 @@ TEST_F(BurstInput, WrongShapesNameTheVariableAndItsDimensions) {
     {
         NcSketch file(path);
         base(file);
-        file.variable("velocity_enu", {"burst", "enu", "cell", "sample"}, "m s-1", {});
+        file.variable("velocity_enu", {"burst", "enu", "four", "sample"}, "m s-1", {});
     }
-    expectMessage({"velocity_enu", path, "(burst, enu, cell, sample)", "(burst, sample, enu)"});
+    expectMessage({"velocity_enu", path, "(burst, enu, four, sample)", "(burst, sample, enu)"});
 }
 
 TEST_F(BurstInput, WrongLengthsAreNamed) {
@@ -334,7 +334,7 @@ TEST_F(BurstInput, BadUserValuesNameTheOption) {
     expectMessage({"--set cell_range", "\"8 m\" is not a number"}, {{"cell_range", "8 m"}});
     expectMessage({"--set cell_range", "\"\" is not a number"}, {{"cell_range", ""}});
     expectMessage({"--set cell_range", "\"nan\" is not a number"}, {{"cell_range", "nan"}});
-    expectMessage({"--set beam_azimuth takes 3 numbers"}, {{"beam_azimuth", "0,120"}});
+    expectMessage({"--set beam_azimuth takes 3 to 4 numbers"}, {{"beam_azimuth", "0,120"}});
     expectMessage({"--set beam_to_xyz takes 9 numbers"}, {{"beam_to_xyz", "1,0,0"}});
     expectMessage({"cell_range (given with --set) must be more than 0"}, {{"cell_range", "-1"}});
     expectMessage({"beam_slant_angle (given with --set)", "between 0 and 90"},

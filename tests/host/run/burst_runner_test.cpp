@@ -47,8 +47,8 @@ BurstResult run(const Burst &burst, const ProcessingChoices &choices) {
     return BurstRunner(bedInstrument(), choices).run(burst);
 }
 
-float wave(const BurstResult &result, OVWaveParameter slot) {
-    return result.waves.waveParameters[slot];
+float wave(const BurstResult &result, float orvikbase::WaveParameters::*value) {
+    return result.waves.*value;
 }
 
 // The same velocities in another system, each sample for itself.
@@ -77,12 +77,14 @@ TEST_P(Methods, FindTheSea) {
     ASSERT_TRUE(result.processed) << result.reason;
     EXPECT_TRUE(result.notes.empty());
     EXPECT_EQ(+result.waves.qualityFlags, 0);
-    EXPECT_NEAR(wave(result, OV_HM0), simulated.truth.realisedHeight,
-                0.08 * simulated.truth.realisedHeight);
-    EXPECT_NEAR(wave(result, OV_TP), simulated.truth.peakPeriod, 0.8);
-    EXPECT_NEAR(
-        std::remainder(wave(result, OV_MEAN_DIRECTION) - simulated.truth.meanDirection, 360.0), 0.0,
-        8.0);
+    EXPECT_NEAR(wave(result, &orvikbase::WaveParameters::significantHeight),
+                simulated.truth.realisedHeight, 0.08 * simulated.truth.realisedHeight);
+    EXPECT_NEAR(wave(result, &orvikbase::WaveParameters::peakPeriod), simulated.truth.peakPeriod,
+                0.8);
+    EXPECT_NEAR(std::remainder(wave(result, &orvikbase::WaveParameters::meanDirection) -
+                                   simulated.truth.meanDirection,
+                               360.0),
+                0.0, 8.0);
 }
 
 TEST_P(Methods, GoingToIsTheOtherWay) {
@@ -91,13 +93,15 @@ TEST_P(Methods, GoingToIsTheOtherWay) {
     const BurstResult from = run(burst, choices);
     choices.comingFrom = false;
     const BurstResult to = run(burst, choices);
-    EXPECT_NEAR(
-        std::remainder(wave(from, OV_MEAN_DIRECTION) - wave(to, OV_MEAN_DIRECTION) - 180.0, 360.0),
-        0.0, 1e-3);
+    EXPECT_NEAR(std::remainder(wave(from, &orvikbase::WaveParameters::meanDirection) -
+                                   wave(to, &orvikbase::WaveParameters::meanDirection) - 180.0,
+                               360.0),
+                0.0, 1e-3);
     // The coefficients keep their one convention.
-    EXPECT_EQ(+from.spectra.coefP[10], +to.spectra.coefP[10]);
-    EXPECT_EQ(+from.spectra.coefQ[10], +to.spectra.coefQ[10]);
-    EXPECT_EQ(wave(from, OV_HM0), wave(to, OV_HM0));
+    EXPECT_EQ(float{from.spectra.get()->coefP[10]}, float{to.spectra.get()->coefP[10]});
+    EXPECT_EQ(float{from.spectra.get()->coefQ[10]}, float{to.spectra.get()->coefQ[10]});
+    EXPECT_EQ(wave(from, &orvikbase::WaveParameters::significantHeight),
+              wave(to, &orvikbase::WaveParameters::significantHeight));
     for (std::size_t k = 0; k < 45; ++k) {
         EXPECT_NEAR(from.directionWeights[10 * 90 + k], to.directionWeights[10 * 90 + k + 45],
                     1e-4F);
@@ -113,14 +117,17 @@ TEST(BurstRunner, BeamXyzAndEarthVelocitiesGiveOneAnswer) {
         const BurstResult expected = run(beams, method(number));
         for (const VelocitySystem system : {VelocitySystem::xyz, VelocitySystem::enu}) {
             const BurstResult result = run(turnedTo(beams, system), method(number));
-            EXPECT_NEAR(wave(result, OV_HM0), wave(expected, OV_HM0), 1e-3);
-            EXPECT_NEAR(wave(result, OV_MEAN_DIRECTION), wave(expected, OV_MEAN_DIRECTION), 0.1);
+            EXPECT_NEAR(wave(result, &orvikbase::WaveParameters::significantHeight),
+                        wave(expected, &orvikbase::WaveParameters::significantHeight), 1e-3);
+            EXPECT_NEAR(wave(result, &orvikbase::WaveParameters::meanDirection),
+                        wave(expected, &orvikbase::WaveParameters::meanDirection), 0.1);
             EXPECT_NEAR(result.currentSpeed, expected.currentSpeed, 1e-4);
         }
     }
     const BurstResult xyz = run(turnedTo(beams, VelocitySystem::xyz), method(1));
     const BurstResult enu = run(turnedTo(beams, VelocitySystem::enu), method(1));
-    EXPECT_NEAR(wave(xyz, OV_MEAN_DIRECTION), wave(enu, OV_MEAN_DIRECTION), 0.01);
+    EXPECT_NEAR(wave(xyz, &orvikbase::WaveParameters::meanDirection),
+                wave(enu, &orvikbase::WaveParameters::meanDirection), 0.01);
 }
 
 TEST(BurstRunner, DeclinationTurnsEveryDirection) {
@@ -130,7 +137,9 @@ TEST(BurstRunner, DeclinationTurnsEveryDirection) {
         turned.declination = 20.0;
         const BurstResult plain = run(burst, method(number));
         const BurstResult result = BurstRunner(turned, method(number)).run(burst);
-        EXPECT_NEAR(wave(result, OV_MEAN_DIRECTION) - wave(plain, OV_MEAN_DIRECTION), 20.0, 1.0)
+        EXPECT_NEAR(wave(result, &orvikbase::WaveParameters::meanDirection) -
+                        wave(plain, &orvikbase::WaveParameters::meanDirection),
+                    20.0, 1.0)
             << number;
     }
 }
@@ -153,11 +162,11 @@ TEST(BurstRunner, TheDistributionPointsWhereTheWavesComeFrom) {
     EXPECT_NEAR(sum, 1.0, 1e-4);
     const double direction = std::atan2(east, north) / kRadiansPerDegree;
     EXPECT_NEAR(
-        std::remainder(direction - static_cast<double>(result.spectra.direction[peak]), 360.0), 0.0,
-        2.0);
+        std::remainder(direction - static_cast<double>(result.spectra.direction()[peak]), 360.0),
+        0.0, 2.0);
     EXPECT_NEAR(std::remainder(direction - simulated.truth.peakDirection, 360.0), 0.0, 15.0);
-    EXPECT_NEAR(north, static_cast<double>(result.spectra.coefP[peak]), 0.02);
-    EXPECT_NEAR(east, static_cast<double>(result.spectra.coefQ[peak]), 0.02);
+    EXPECT_NEAR(north, static_cast<double>(float{result.spectra.get()->coefP[peak]}), 0.02);
+    EXPECT_NEAR(east, static_cast<double>(float{result.spectra.get()->coefQ[peak]}), 0.02);
 }
 
 TEST(BurstRunner, BadBurstsSayWhyAndLeaveNoTrace) {
@@ -172,16 +181,18 @@ TEST(BurstRunner, BadBurstsSayWhyAndLeaveNoTrace) {
     EXPECT_FALSE(rejected.processed);
     EXPECT_EQ(rejected.reason, "more than 10 % of the samples are missing");
     EXPECT_EQ(+rejected.waves.qualityFlags, OV_FLAG_NO_RESULT);
-    EXPECT_EQ(wave(rejected, OV_HM0), OV_MISSING);
+    EXPECT_EQ(wave(rejected, &orvikbase::WaveParameters::significantHeight), OV_MISSING);
     Burst lost = good;
     lost.pitch = kUnknown;
     const BurstResult unoriented = runner.run(lost);
     EXPECT_FALSE(unoriented.processed);
     EXPECT_EQ(unoriented.reason, "heading, pitch or roll is missing");
-    EXPECT_EQ(wave(unoriented, OV_HM0), OV_MISSING);
+    EXPECT_EQ(wave(unoriented, &orvikbase::WaveParameters::significantHeight), OV_MISSING);
     const BurstResult after = runner.run(good);
     EXPECT_EQ(std::memcmp(&after.waves, &before.waves, sizeof after.waves), 0);
-    EXPECT_EQ(std::memcmp(&after.spectra, &before.spectra, sizeof after.spectra), 0);
+    EXPECT_EQ(
+        std::memcmp(after.spectra.get(), before.spectra.get(), sizeof(OVFourierCoefficientSpectra)),
+        0);
 }
 
 TEST(BurstRunner, AFewMissingSamplesDoNotMatter) {
@@ -194,8 +205,8 @@ TEST(BurstRunner, AFewMissingSamplesDoNotMatter) {
     for (const int number : {1, 4}) {
         const BurstResult result = run(burst, method(number));
         ASSERT_TRUE(result.processed);
-        EXPECT_NEAR(wave(result, OV_HM0), simulated.truth.realisedHeight,
-                    0.08 * simulated.truth.realisedHeight);
+        EXPECT_NEAR(wave(result, &orvikbase::WaveParameters::significantHeight),
+                    simulated.truth.realisedHeight, 0.08 * simulated.truth.realisedHeight);
     }
 }
 
@@ -212,9 +223,11 @@ TEST(BurstRunner, AnUnusableTrackIsAsGoodAsNone) {
             const BurstResult result = run(burst, method(number));
             ASSERT_TRUE(result.processed);
             EXPECT_EQ(+result.waves.qualityFlags, OV_FLAG_NO_TRACK);
-            EXPECT_EQ(+result.parameters.processingMethod, number - 1);
-            EXPECT_EQ(wave(result, OV_HM0), wave(expected, OV_HM0));
-            EXPECT_EQ(wave(result, OV_MEAN_DIRECTION), wave(expected, OV_MEAN_DIRECTION));
+            EXPECT_EQ(static_cast<int>(result.parameters.method), number - 1);
+            EXPECT_EQ(wave(result, &orvikbase::WaveParameters::significantHeight),
+                      wave(expected, &orvikbase::WaveParameters::significantHeight));
+            EXPECT_EQ(wave(result, &orvikbase::WaveParameters::meanDirection),
+                      wave(expected, &orvikbase::WaveParameters::meanDirection));
         }
         EXPECT_EQ(run(without, method(number)).notes.size(), 1U);
     }
@@ -225,8 +238,8 @@ TEST(BurstRunner, BurstsJustShortOfAPowerOfTwoAreCompleted) {
     const BurstResult result = run(simulated.burst, method(4));
     ASSERT_TRUE(result.processed) << result.reason;
     EXPECT_TRUE(result.notes.empty());
-    EXPECT_NEAR(wave(result, OV_HM0), simulated.truth.realisedHeight,
-                0.1 * simulated.truth.realisedHeight);
+    EXPECT_NEAR(wave(result, &orvikbase::WaveParameters::significantHeight),
+                simulated.truth.realisedHeight, 0.1 * simulated.truth.realisedHeight);
 }
 
 TEST(BurstRunner, LongerBurstsAreCutWithANote) {
@@ -247,30 +260,31 @@ TEST(BurstRunner, PressureAloneGivesHeightAndPeriod) {
     instrument.cellRange = kUnknown;
     const BurstResult result = BurstRunner(instrument, method(1)).run(burst);
     ASSERT_TRUE(result.processed);
-    EXPECT_NEAR(wave(result, OV_HM0), simulated.truth.realisedHeight,
-                0.1 * simulated.truth.realisedHeight);
-    EXPECT_EQ(wave(result, OV_MEAN_DIRECTION), OV_MISSING);
+    EXPECT_NEAR(wave(result, &orvikbase::WaveParameters::significantHeight),
+                simulated.truth.realisedHeight, 0.1 * simulated.truth.realisedHeight);
+    EXPECT_EQ(wave(result, &orvikbase::WaveParameters::meanDirection), OV_MISSING);
     EXPECT_TRUE(std::isnan(result.currentSpeed));
     EXPECT_THROW(BurstRunner(instrument, method(3)).run(burst), UserError);
 }
 
 TEST(BurstRunner, EarthVelocitiesNeedNoAttitudeForMoments) {
-    EXPECT_FALSE(needsAttitude(1, VelocitySystem::enu));
-    EXPECT_FALSE(needsAttitude(2, VelocitySystem::enu));
-    EXPECT_TRUE(needsAttitude(3, VelocitySystem::enu));
-    EXPECT_TRUE(needsAttitude(1, VelocitySystem::beam));
-    EXPECT_FALSE(needsAttitude(1, VelocitySystem::none));
-    EXPECT_TRUE(needsBeams(1, VelocitySystem::beam));
-    EXPECT_FALSE(needsBeams(1, VelocitySystem::xyz));
-    EXPECT_TRUE(needsBeams(4, VelocitySystem::xyz));
+    EXPECT_FALSE(needsAttitude(bedInstrument(), 1, VelocitySystem::enu));
+    EXPECT_FALSE(needsAttitude(bedInstrument(), 2, VelocitySystem::enu));
+    EXPECT_TRUE(needsAttitude(bedInstrument(), 3, VelocitySystem::enu));
+    EXPECT_TRUE(needsAttitude(bedInstrument(), 1, VelocitySystem::beam));
+    EXPECT_FALSE(needsAttitude(bedInstrument(), 1, VelocitySystem::none));
+    EXPECT_TRUE(needsBeams(bedInstrument(), 1, VelocitySystem::beam));
+    EXPECT_FALSE(needsBeams(bedInstrument(), 1, VelocitySystem::xyz));
+    EXPECT_TRUE(needsBeams(bedInstrument(), 4, VelocitySystem::xyz));
     const SimulatedBurst simulated = sea(2048, 0.0, VelocitySystem::enu);
     Burst burst = simulated.burst;
     burst.heading = burst.pitch = burst.roll = kUnknown;
     const BurstResult result = run(burst, method(2));
     ASSERT_TRUE(result.processed);
-    EXPECT_NEAR(
-        std::remainder(wave(result, OV_MEAN_DIRECTION) - simulated.truth.meanDirection, 360.0), 0.0,
-        8.0);
+    EXPECT_NEAR(std::remainder(wave(result, &orvikbase::WaveParameters::meanDirection) -
+                                   simulated.truth.meanDirection,
+                               360.0),
+                0.0, 8.0);
 }
 
 TEST(BurstRunner, SamplingRatesThatTheLibraryKnows) {

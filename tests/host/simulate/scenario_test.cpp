@@ -204,7 +204,7 @@ TEST(ScenarioFile, WhatIsWrongIsNamed) {
         {"rate = 0.75", "acoustic_frequency to 400000"},
         {"instrument_type = 2", "instrument_type 2"},
         {"interval = 900\nbursts = 2", "interval 900 s is shorter"},
-        {"beam_azimuth = [0, 120]", "beam_azimuth: give three angles"},
+        {"beam_azimuth = [0, 120]", "beam_azimuth: give three or four angles"},
         {"beam_azimuth = 0", "beam_azimuth: must be a list"},
         {"beam_azimuth = [0, 0, 120]", "one plane"},
         {"current = [0.2]", "current: give a speed"},

@@ -132,7 +132,7 @@ TEST_F(SimulateCommand, BadValuesAreNamedAndLeaveNoFile) {
         {"--cell-range 30", "cell_range"},
         {"--velocity-system round", "--velocity-system: 'round' is unknown"},
         {"--shape square", "--shape: 'square' is unknown"},
-        {"--beam-azimuth 0,120", "--beam-azimuth: give three angles"},
+        {"--beam-azimuth 0,120", "--beam-azimuth: give three or four angles"},
         {"--current 1", "--current: give a speed"},
         {"--system hs=x", "--system hs: 'x' is not a number"},
         {"--start noon", "--start: 'noon' is not a time"},

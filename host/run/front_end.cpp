@@ -1,0 +1,78 @@
+#include "run/front_end.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "user_error.hpp"
+
+namespace orvik {
+
+namespace {
+
+constexpr double kSlowRate = 0.75; // [Hz] rate code 0
+constexpr double kSlowFrequency = 400000.0;
+constexpr double kMatrixOne = 4096.0; // an entry of 1 in the library's integer matrix
+
+bool hasVelocity(const Burst &burst, std::size_t sample) {
+    if (burst.profile) {
+        const Profile &profile = *burst.profile;
+        const auto first =
+            profile.velocity.begin() + static_cast<std::ptrdiff_t>(profile.at(sample, 0, 0));
+        return std::any_of(first,
+                           first + static_cast<std::ptrdiff_t>(profile.beams * profile.cells),
+                           [](float velocity) { return std::isfinite(velocity); });
+    }
+    return std::all_of(burst.velocity.begin(), burst.velocity.end(),
+                       [sample](const std::vector<float> &series) {
+                           return series.empty() || std::isfinite(series.at(sample));
+                       });
+}
+
+} // namespace
+
+std::int32_t rateCode(const Instrument &instrument) {
+    const double rate = instrument.samplingRate;
+    if (!instrument.profile && rate == kSlowRate &&
+        instrument.acousticFrequency == kSlowFrequency) {
+        return 0;
+    }
+    if (!(rate >= 1.0) || rate != std::floor(rate) || rate > 1000.0) {
+        throw UserError(
+            "sampling_rate " + std::to_string(rate) +
+            " Hz cannot be processed: it must be a whole number of Hz, or 0.75 Hz at 400 kHz");
+    }
+    return static_cast<std::int32_t>(rate);
+}
+
+std::int16_t matrixCount(double entry) {
+    const double counts = std::round(entry * kMatrixOne);
+    if (!(std::abs(counts) <= 32767.0)) {
+        throw UserError(
+            "beam_to_xyz has an entry of 8 or more: the beams stand too close to one plane");
+    }
+    return static_cast<std::int16_t>(counts);
+}
+
+std::vector<std::uint8_t> presentSamples(const Burst &burst) {
+    std::vector<std::uint8_t> present(burst.pressure.size(), 1);
+    for (std::size_t i = 0; i < present.size(); ++i) {
+        const bool complete = (burst.valid.empty() || burst.valid.at(i) != 0) &&
+                              std::isfinite(burst.pressure[i]) && hasVelocity(burst, i);
+        present[i] = complete ? 1 : 0;
+    }
+    return present;
+}
+
+std::uint16_t announcedSamples(std::size_t samples, std::size_t missing) {
+    std::size_t power = 1;
+    while (power < samples && power < OV_MAX_SAMPLES) {
+        power *= 2;
+    }
+    const bool completes =
+        samples > 512 && power > samples && power - samples + missing <= power / 10;
+    return static_cast<std::uint16_t>(completes ? power
+                                                : std::min<std::size_t>(samples, OV_MAX_SAMPLES));
+}
+
+} // namespace orvik
