@@ -11,7 +11,8 @@ using namespace orvik::fuzz;
 constexpr int kMostCalls = 60;
 constexpr int kMostSamplesACall = 700;
 
-template <class Structure, class Setter> void callWithBytes(OVRecord *record, Input &input, Setter setter) {
+template <class Structure, class Setter>
+void callWithBytes(OVRecord *record, Input &input, Setter setter) {
     setter(record, guardedStructure(input.take<Structure>()));
 }
 
@@ -60,7 +61,7 @@ void openBurst(OVRecord *record, Input &input) {
     header.nCells = input.take<std::uint16_t>();
     header.surfaceTimeOffset = input.take<std::int16_t>();
     (input.take<std::uint8_t>() & 1) != 0 ? VELTASetWaveHeader_ptr(record, &header)
-                                           : OVSetWaveHeader_ptr(record, &header);
+                                          : OVSetWaveHeader_ptr(record, &header);
 }
 
 void sendSamples(OVRecord *record, Input &input) {
@@ -88,7 +89,8 @@ void callGetters(OVRecord *record, Input &input) {
     OVGetWaveSpectrum_ptr(record, guardedStructure(OVFourierCoefficientSpectra{}));
     OVGetEnergySpecStruct_ptr(record, guardedStructure(OVEnergySpectrumBlock{}));
     OVGetScaledEnergySpec_ptr(record, guardedStructure(OVScaledEnergySpectrum{}));
-    OVGetScaledEnergySpecAllType_ptr(record, input.take<std::int8_t>(), guardedStructure(OVScaledEnergySpectrum{}));
+    OVGetScaledEnergySpecAllType_ptr(record, input.take<std::int8_t>(),
+                                     guardedStructure(OVScaledEnergySpectrum{}));
     OVMeanCurrentQuery query{};
     query.selector = input.take<std::int8_t>();
     OVGetMeanBurstCurrent_ptr(record, guardedStructure(query));
@@ -135,7 +137,8 @@ void callOne(OVRecord *record, Input &input) {
     case 13:
         return callWithBytes<OVWaveSampleProfile>(record, input, VELTASetWaveSampleProfile_ptr);
     case 14:
-        return callWithBytes<OVFourierCoefficientSpectra>(record, input, OVSetFourierCoefficientSpectra_ptr);
+        return callWithBytes<OVFourierCoefficientSpectra>(record, input,
+                                                          OVSetFourierCoefficientSpectra_ptr);
     default:
         return callWithBytes<OVSpectraUsedInput>(record, input, OVSetSpectraUsed_ptr);
     }

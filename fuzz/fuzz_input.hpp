@@ -31,8 +31,9 @@ public:
     // A float that is often one of the values that break things.
     float number() {
         constexpr float kInfinity = std::numeric_limits<float>::infinity();
-        const float hostile[] = {0.0F, -0.0F, 1.0F, -9.0F, 1e30F, -1e30F, 1e-30F, kInfinity, -kInfinity,
-                                 std::numeric_limits<float>::quiet_NaN()};
+        const float hostile[] = {
+            0.0F,   -0.0F,  1.0F,      -9.0F,      1e30F,
+            -1e30F, 1e-30F, kInfinity, -kInfinity, std::numeric_limits<float>::quiet_NaN()};
         const auto choice = take<std::uint8_t>();
         return choice < 10 ? hostile[choice] : take<float>();
     }

@@ -13,7 +13,8 @@ void sendPoint(OVRecord *record, Input &input, int samples) {
     OVWaveSample sample{};
     for (int i = 0; i < samples; ++i) {
         const auto change = input.take<std::uint8_t>();
-        if ((change & 3) == 0) { // most samples repeat the one before, so that few bytes make a burst
+        if ((change & 3) ==
+            0) { // most samples repeat the one before, so that few bytes make a burst
             sample.pressure = input.number();
             sample.astDistance1 = input.number();
             sample.astDistance2 = input.number();
@@ -77,7 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     output->windowAbove = input.number();
     output->skipAstCleaning = input.take<std::uint8_t>() & 1;
     for (int call = 0; call < 2; ++call) {
-        profile ? VELTAPreProcess_ptr(record, 0, output.get()) : OVPreProcess_ptr(record, 0, output.get());
+        profile ? VELTAPreProcess_ptr(record, 0, output.get())
+                : OVPreProcess_ptr(record, 0, output.get());
     }
     OVPreProcessSUV_ptr(record, 0, outputSuv.get());
     return 0;
