@@ -328,6 +328,8 @@ std::size_t BurstFileReader::sampleCount() const { return impl_->samples; }
 
 VelocitySystem BurstFileReader::velocitySystem() const { return impl_->system; }
 
+std::vector<std::string> BurstFileReader::files() const { return {impl_->file.path()}; }
+
 bool BurstFileReader::hasTrack() const { return impl_->track.has_value(); }
 
 bool BurstFileReader::hasTruth() const {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "burst/burst.hpp"
+#include "burst/burst_source.hpp"
 
 namespace orvik {
 
@@ -41,29 +41,28 @@ inline constexpr std::array<TruthVariable, 9> kTruthVariables{{
 // Values that the user gives for what a file lacks, by the file's variable names ("cell_range" -> "7.4").
 using Overrides = std::map<std::string, std::string>;
 
-class BurstFileReader {
+class BurstFileReader : public BurstSource {
 public:
     // Throws orvik::UserError, naming file and variable, when the file cannot be used.
     // Of several velocity variables that of the wanted system is taken; without a wish along beams before instrument axes
     // before east, north, up.
     BurstFileReader(const std::string &path, const Overrides &overrides,
                     VelocitySystem wanted = VelocitySystem::none);
-    ~BurstFileReader();
+    ~BurstFileReader() override;
     BurstFileReader(const BurstFileReader &) = delete;
     BurstFileReader &operator=(const BurstFileReader &) = delete;
 
-    [[nodiscard]] const Instrument &instrument() const;
-    [[nodiscard]] std::size_t burstCount() const;
+    [[nodiscard]] const Instrument &instrument() const override;
+    [[nodiscard]] std::size_t burstCount() const override;
     [[nodiscard]] std::size_t sampleCount() const; // of each burst
-    [[nodiscard]] VelocitySystem velocitySystem() const;
-    [[nodiscard]] bool hasTrack() const;
-    [[nodiscard]] bool hasTruth() const;
-    // Throws UserError when nothing tells heading, pitch and roll.
-    void requireAttitude() const;
-    // Throws UserError when nothing tells how the slanted beams stand in the instrument.
-    void requireBeams() const;
-    [[nodiscard]] Burst readBurst(std::size_t index) const;
-    [[nodiscard]] std::optional<Truth> readTruth(std::size_t index) const;
+    [[nodiscard]] VelocitySystem velocitySystem() const override;
+    [[nodiscard]] bool hasTrack() const override;
+    [[nodiscard]] bool hasTruth() const override;
+    void requireAttitude() const override;
+    void requireBeams() const override;
+    [[nodiscard]] Burst readBurst(std::size_t index) const override;
+    [[nodiscard]] std::optional<Truth> readTruth(std::size_t index) const override;
+    [[nodiscard]] std::vector<std::string> files() const override;
 
 private:
     struct Impl;

@@ -66,13 +66,13 @@ VelocitySystem wantedSystem(const std::string &name) {
 }
 
 // The method that makes the most of a file's series without asking for facts that go with other ones.
-int naturalMethod(const BurstFileReader &reader) {
+int naturalMethod(const BurstSource &reader) {
     const VelocitySystem system = reader.velocitySystem();
     const bool alongBeams = system == VelocitySystem::beam || system == VelocitySystem::xyz;
     return (alongBeams ? 3 : 1) + (reader.hasTrack() ? 1 : 0);
 }
 
-ProcessingChoices choicesOf(const ProcessOptions &options, const BurstFileReader &reader) {
+ProcessingChoices choicesOf(const ProcessOptions &options, const BurstSource &reader) {
     ProcessingChoices choices;
     choices.method = options.method != 0 ? options.method : naturalMethod(reader);
     choices.freqMin = options.freqMin.value_or(choices.freqMin);
@@ -112,7 +112,7 @@ void noteChangedLimits(const ProcessOptions &options, const orvikbase::Processin
 }
 
 std::map<std::string, std::string> provenance(const ProcessOptions &options,
-                                              const BurstFileReader &reader,
+                                              const BurstSource &reader,
                                               const orvikbase::ProcessingParameters &used) {
     const Instrument &instrument = reader.instrument();
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
@@ -170,7 +170,7 @@ TableRow tableRow(const ResultRow &row, bool comingFrom) {
 }
 
 // A burst that cannot be read is one bad burst, not the end of the deployment.
-ResultRow processBurst(const BurstFileReader &reader, BurstRunner &runner, std::size_t index) {
+ResultRow processBurst(const BurstSource &reader, BurstRunner &runner, std::size_t index) {
     ResultRow row;
     row.burst = index;
     Burst burst;
@@ -190,7 +190,7 @@ void say(const std::string &kind, const std::string &text) {
     fmt::print(stderr, "orvik: {}: {}\n", kind, text);
 }
 
-void runDeployment(const ProcessOptions &options, const BurstFileReader &reader,
+void runDeployment(const ProcessOptions &options, const BurstSource &reader,
                    BurstRunner &runner, const ResultLayout &layout, std::set<std::string> notes) {
     ResultFileWriter writer(options.output, layout);
     TruthErrors errors;
