@@ -7,7 +7,7 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include "results/result_file.hpp"
+#include "results/quality_words.hpp"
 
 namespace orvik {
 

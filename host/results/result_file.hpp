@@ -9,29 +9,10 @@
 #include <vector>
 
 #include "burst/burst.hpp"
+#include "results/quality_words.hpp"
 #include "run/burst_runner.hpp"
 
 namespace orvik {
-
-struct QualityWord {
-    int mask;
-    const char *word;
-};
-
-inline constexpr QualityWord kQualityWords[] = {
-    {OV_FLAG_SHALLOW, "shallow"},
-    {OV_FLAG_NO_SIGNAL, "no_signal"},
-    {OV_FLAG_WEAK_AMPLITUDE, "weak_echo"},
-    {OV_FLAG_FLAT_SPECTRUM, "flat_spectrum"},
-    {OV_FLAG_INVALID_PARAMETERS, "invalid_parameters"},
-    {OV_FLAG_NO_RESULT, "no_result"},
-    {OV_FLAG_TRACK_RANGE, "track_out_of_range"},
-    {OV_FLAG_ALIASED_PEAK, "aliased_peak"},
-    {OV_FLAG_RISING_SPECTRUM, "rising_spectrum"},
-    {OV_FLAG_CLEARANCE, "surface_at_range_limit"},
-    {OV_FLAG_NO_TRACK, "no_track"},
-    {OV_FLAG_TILT, "tilt"},
-};
 
 // NaN for the library's marker of a missing result.
 double present(float value);
