@@ -352,14 +352,18 @@ void BurstFileReader::requireBeams() const {
     }
 }
 
+double BurstFileReader::startTime(std::size_t index) const {
+    if (const auto given = overrideNumbers(impl_->overrides, "time")) {
+        return given->front();
+    }
+    return impl_->time ? impl_->readBurstOf(*impl_->time, index).front() + impl_->timeEpoch
+                       : kUnknown;
+}
+
 Burst BurstFileReader::readBurst(std::size_t index) const {
     const Impl &impl = *impl_;
     Burst burst;
-    if (const auto given = overrideNumbers(impl.overrides, "time")) {
-        burst.startTime = given->front();
-    } else if (impl.time) {
-        burst.startTime = impl.readBurstOf(*impl.time, index).front() + impl.timeEpoch;
-    }
+    burst.startTime = startTime(index);
     const std::array<double *, 3> angles{&burst.heading, &burst.pitch, &burst.roll};
     for (std::size_t i = 0; i < kAttitude.size(); ++i) {
         if (const auto given = overrideNumbers(impl.overrides, kAttitude[i])) {

@@ -62,6 +62,7 @@ public:
     void requireBeams() const override;
     [[nodiscard]] Burst readBurst(std::size_t index) const override;
     [[nodiscard]] std::optional<Truth> readTruth(std::size_t index) const override;
+    [[nodiscard]] double startTime(std::size_t index) const override;
     [[nodiscard]] std::vector<std::string> files() const override;
 
 private:

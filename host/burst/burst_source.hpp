@@ -27,8 +27,14 @@ public:
     // Throws UserError when this burst cannot be read.
     [[nodiscard]] virtual Burst readBurst(std::size_t index) const = 0;
     [[nodiscard]] virtual std::optional<Truth> readTruth(std::size_t index) const = 0;
+    // [s since 1970-01-01 00:00:00 UTC] of one burst, unknown when nothing tells it.
+    [[nodiscard]] virtual double startTime(std::size_t index) const {
+        return readBurst(index).startTime;
+    }
     // The files that it reads, in order.
     [[nodiscard]] virtual std::vector<std::string> files() const = 0;
+    // What a user should know of how the data were taken, one sentence each.
+    [[nodiscard]] virtual std::vector<std::string> notes() const { return {}; }
 };
 
 } // namespace orvik

@@ -1,0 +1,203 @@
+#include "burst/joined_source.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "user_error.hpp"
+
+namespace orvik {
+
+namespace {
+
+struct NamedFact {
+    const char *name;
+    double Instrument::*field;
+};
+
+constexpr NamedFact kFacts[] = {
+    {"sampling_rate", &Instrument::samplingRate},
+    {"acoustic_frequency", &Instrument::acousticFrequency},
+    {"beam_slant_angle", &Instrument::slantAngle},
+    {"cell_range", &Instrument::cellRange},
+    {"cell_size", &Instrument::cellSize},
+    {"pressure_sensor_height_above_bed", &Instrument::pressureHeight},
+    {"magnetic_declination", &Instrument::declination},
+    {"roll_offset", &Instrument::rollOffset},
+};
+
+struct NamedProfileFact {
+    const char *name;
+    double ProfileFacts::*field;
+};
+
+constexpr NamedProfileFact kProfileFacts[] = {
+    {"blanking_distance", &ProfileFacts::blanking},
+    {"surface_track_time_offset", &ProfileFacts::trackTimeOffset},
+    {"ambiguity_velocity", &ProfileFacts::ambiguityVelocity},
+};
+
+std::string difference(const char *name, double left, double right) {
+    constexpr double kSame = 1e-6;
+    const bool same = (std::isnan(left) && std::isnan(right)) ||
+                      std::abs(left - right) <= kSame * std::max(1.0, std::abs(left));
+    return same ? "" : fmt::format("{} ({:g} and {:g})", name, left, right);
+}
+
+// What is not the same in both; empty when nothing is.
+std::string difference(const Instrument &left, const Instrument &right) {
+    std::vector<std::string> found;
+    for (const NamedFact &fact : kFacts) {
+        found.push_back(difference(fact.name, left.*fact.field, right.*fact.field));
+    }
+    found.push_back(difference("instrument_type", left.instrumentType, right.instrumentType));
+    found.push_back(difference("pings_per_sample", left.pingsPerSample, right.pingsPerSample));
+    found.push_back(difference("the number of beams", static_cast<double>(left.beams),
+                               static_cast<double>(right.beams)));
+    found.emplace_back(left.beamAzimuth == right.beamAzimuth ? "" : "beam_azimuth");
+    found.emplace_back(left.beamToXyz == right.beamToXyz ? "" : "beam_to_xyz");
+    if (left.profile && right.profile) {
+        found.push_back(difference("the number of cells", static_cast<double>(left.profile->cells),
+                                   static_cast<double>(right.profile->cells)));
+        for (const NamedProfileFact &fact : kProfileFacts) {
+            found.push_back(
+                difference(fact.name, (*left.profile).*fact.field, (*right.profile).*fact.field));
+        }
+    }
+    const auto first = std::find_if(found.begin(), found.end(),
+                                    [](const std::string &text) { return !text.empty(); });
+    return first == found.end() ? "" : *first;
+}
+
+template <typename Check> std::string complaintOf(const Check &check) {
+    try {
+        check();
+    } catch (const UserError &error) {
+        return error.what();
+    }
+    return "";
+}
+
+} // namespace
+
+JoinedSource::JoinedSource(const std::vector<std::string> &paths, Opener opener)
+    : opener_(std::move(opener)) {
+    for (const std::string &path : paths) {
+        const auto source = opener_(path);
+        add(*source, path);
+    }
+    sortByTime();
+    for (std::size_t part = 0; part < parts_.size(); ++part) {
+        for (std::size_t burst = 0; burst < parts_[part].bursts; ++burst) {
+            places_.emplace_back(part, burst);
+        }
+    }
+}
+
+void JoinedSource::add(const BurstSource &source, const std::string &path) {
+    if (parts_.empty()) {
+        instrument_ = source.instrument();
+        system_ = source.velocitySystem();
+        hasTrack_ = source.hasTrack();
+    }
+    std::string differs = difference(instrument_, source.instrument());
+    if (differs.empty() && system_ != source.velocitySystem()) {
+        differs = "the system of the velocities";
+    }
+    if (differs.empty() && hasTrack_ != source.hasTrack()) {
+        differs = "whether there is a surface track";
+    }
+    if (!differs.empty()) {
+        throw UserError(differs + " differs between " + parts_.front().path + " and " + path +
+                        ": a deployment is of one instrument; correct it with --set, or process "
+                        "these files one by one");
+    }
+    hasTruth_ = hasTruth_ || source.hasTruth();
+    Part part;
+    part.path = path;
+    part.bursts = source.burstCount();
+    if (part.bursts > 0) {
+        part.firstTime = source.startTime(0);
+        part.lastTime = source.startTime(part.bursts - 1);
+    }
+    part.attitudeError = complaintOf([&source] { source.requireAttitude(); });
+    part.beamsError = complaintOf([&source] { source.requireBeams(); });
+    parts_.push_back(part);
+    for (const std::string &note : source.notes()) {
+        if (std::find(notes_.begin(), notes_.end(), note) == notes_.end()) {
+            notes_.push_back(note);
+        }
+    }
+}
+
+// Files in the order of their first bursts; when one has no times, all stay in the order given.
+void JoinedSource::sortByTime() {
+    const bool allTimed = std::all_of(parts_.begin(), parts_.end(), [](const Part &part) {
+        return std::isfinite(part.firstTime) && std::isfinite(part.lastTime);
+    });
+    if (!allTimed) {
+        return;
+    }
+    std::stable_sort(parts_.begin(), parts_.end(), [](const Part &left, const Part &right) {
+        return left.firstTime < right.firstTime;
+    });
+    for (std::size_t i = 1; i < parts_.size(); ++i) {
+        if (parts_[i].firstTime <= parts_[i - 1].lastTime) {
+            throw UserError("the bursts of " + parts_[i - 1].path + " and " + parts_[i].path +
+                            " overlap in time: is one deployment given twice?");
+        }
+    }
+}
+
+const BurstSource &JoinedSource::open(std::size_t part) const {
+    if (!openSource_ || openPart_ != part) {
+        openSource_.reset(); // before the next one opens: one file at a time
+        openSource_ = opener_(parts_[part].path);
+        openPart_ = part;
+    }
+    return *openSource_;
+}
+
+void JoinedSource::requireAttitude() const {
+    for (const Part &part : parts_) {
+        if (!part.attitudeError.empty()) {
+            throw UserError(part.attitudeError);
+        }
+    }
+}
+
+void JoinedSource::requireBeams() const {
+    for (const Part &part : parts_) {
+        if (!part.beamsError.empty()) {
+            throw UserError(part.beamsError);
+        }
+    }
+}
+
+double JoinedSource::startTime(std::size_t index) const {
+    const auto [part, burst] = places_.at(index);
+    return open(part).startTime(burst);
+}
+
+Burst JoinedSource::readBurst(std::size_t index) const {
+    const auto [part, burst] = places_.at(index);
+    return open(part).readBurst(burst);
+}
+
+std::optional<Truth> JoinedSource::readTruth(std::size_t index) const {
+    const auto [part, burst] = places_.at(index);
+    return open(part).readTruth(burst);
+}
+
+std::vector<std::string> JoinedSource::files() const {
+    std::vector<std::string> paths;
+    for (const Part &part : parts_) {
+        paths.push_back(part.path);
+    }
+    return paths;
+}
+
+std::vector<std::string> JoinedSource::notes() const { return notes_; }
+
+} // namespace orvik

@@ -1,0 +1,62 @@
+// Several files of one instrument as one deployment.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "burst/burst_source.hpp"
+
+namespace orvik {
+
+// Only the file of the burst read last is open: a deployment may have more files than a program may open.
+class JoinedSource : public BurstSource {
+public:
+    using Opener = std::function<std::unique_ptr<BurstSource>(const std::string &path)>;
+
+    // Opens every file once. Throws UserError, naming what differs and both files, when they are not of one instrument, and
+    // when their bursts overlap in time.
+    JoinedSource(const std::vector<std::string> &paths, Opener opener);
+
+    [[nodiscard]] const Instrument &instrument() const override { return instrument_; }
+    [[nodiscard]] std::size_t burstCount() const override { return places_.size(); }
+    [[nodiscard]] VelocitySystem velocitySystem() const override { return system_; }
+    [[nodiscard]] bool hasTrack() const override { return hasTrack_; }
+    [[nodiscard]] bool hasTruth() const override { return hasTruth_; }
+    void requireAttitude() const override;
+    void requireBeams() const override;
+    [[nodiscard]] Burst readBurst(std::size_t index) const override;
+    [[nodiscard]] std::optional<Truth> readTruth(std::size_t index) const override;
+    [[nodiscard]] double startTime(std::size_t index) const override;
+    [[nodiscard]] std::vector<std::string> files() const override;
+    [[nodiscard]] std::vector<std::string> notes() const override;
+
+private:
+    struct Part {
+        std::string path;
+        double firstTime = kUnknown;
+        double lastTime = kUnknown;
+        std::size_t bursts = 0;
+        std::string attitudeError; // what requireAttitude() and requireBeams() say; empty: nothing
+        std::string beamsError;
+    };
+
+    void add(const BurstSource &source, const std::string &path);
+    void sortByTime();
+    [[nodiscard]] const BurstSource &open(std::size_t part) const;
+
+    Opener opener_;
+    Instrument instrument_;
+    VelocitySystem system_ = VelocitySystem::none;
+    bool hasTrack_ = false;
+    bool hasTruth_ = false;
+    std::vector<Part> parts_;
+    std::vector<std::string> notes_;
+    std::vector<std::pair<std::size_t, std::size_t>> places_; // part and its burst
+    mutable std::size_t openPart_ = 0;
+    mutable std::unique_ptr<BurstSource> openSource_;
+};
+
+} // namespace orvik
