@@ -39,6 +39,8 @@ struct Instrument {
     double pressureHeight = 0.0; // [m] pressure sensor above the bed
     double declination = 0.0;    // [degrees] added to every direction
     double rollOffset = 0.0;     // [degrees] added to every roll: 180 for a head that looks down
+    double longitude = kUnknown; // [degrees] east
+    double latitude = kUnknown;  // [degrees] north
     std::optional<ProfileFacts> profile; // nothing: a point instrument
 };
 

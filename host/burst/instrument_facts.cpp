@@ -42,6 +42,8 @@ constexpr Fact kFacts[] = {
     {"pings_per_sample", Quantity::plain, 1, "COUNT"},
     {"pressure_sensor_height_above_bed", Quantity::length, 1, "METRES"},
     {"magnetic_declination", Quantity::angle, 1, "DEGREES"},
+    {"longitude", Quantity::angle, 1, "DEGREES_EAST"},
+    {"latitude", Quantity::angle, 1, "DEGREES_NORTH"},
     {"heading", Quantity::angle, 1, "DEGREES"},
     {"pitch", Quantity::angle, 1, "DEGREES"},
     {"roll", Quantity::angle, 1, "DEGREES"},
@@ -190,8 +192,27 @@ void readCell(const FactSource &source, Instrument &instrument) {
     source.positive("cell_size", instrument.cellSize);
 }
 
+// Where the instrument stands. Files that keep a position for each burst tell none that holds for all.
+void readPlace(const FactSource &source, const NcReader &file, const Overrides &overrides,
+               Instrument &instrument) {
+    const auto read = [&](const char *name, double limit, double &target) {
+        const auto variable = file.find(name);
+        if (overrides.count(name) == 0 && (!variable || variable->size() != 1)) {
+            return;
+        }
+        source.number(name, target);
+        if (std::abs(target) > limit) {
+            throw UserError(name + source.where(name) + " must lie between -" +
+                            std::to_string(static_cast<int>(limit)) + " and " +
+                            std::to_string(static_cast<int>(limit)) + " degrees");
+        }
+    };
+    read("longitude", 360.0, instrument.longitude);
+    read("latitude", 90.0, instrument.latitude);
+}
+
 // What point and profile instruments have in common.
-Instrument readCommon(const FactSource &source, const NcReader &file) {
+Instrument readCommon(const FactSource &source, const NcReader &file, const Overrides &overrides) {
     Instrument instrument;
     source.positive("sampling_rate", instrument.samplingRate);
     if (!std::isfinite(instrument.samplingRate)) {
@@ -203,6 +224,7 @@ Instrument readCommon(const FactSource &source, const NcReader &file) {
     source.number("pressure_sensor_height_above_bed", instrument.pressureHeight);
     source.number("magnetic_declination", instrument.declination);
     source.number("roll_offset", instrument.rollOffset);
+    readPlace(source, file, overrides, instrument);
     return instrument;
 }
 
@@ -283,7 +305,7 @@ std::string missingText(const std::string &name, const std::string &path) {
 
 Instrument readInstrument(const NcReader &file, const Overrides &overrides) {
     const FactSource source(file, overrides);
-    Instrument instrument = readCommon(source, file);
+    Instrument instrument = readCommon(source, file, overrides);
     instrument.trackSamplingRate = 2.0 * instrument.samplingRate;
     source.positive("surface_track_sampling_rate", instrument.trackSamplingRate);
     instrument.instrumentType = source.whole("instrument_type", instrument.instrumentType, 0, 1000);
@@ -300,7 +322,7 @@ Instrument readInstrument(const NcReader &file, const Overrides &overrides) {
 Instrument readProfileInstrument(const NcReader &file, const Overrides &overrides,
                                  std::size_t beams, std::size_t cells) {
     const FactSource source(file, overrides);
-    Instrument instrument = readCommon(source, file);
+    Instrument instrument = readCommon(source, file, overrides);
     instrument.profile = ProfileFacts{};
     instrument.profile->cells = cells;
     instrument.trackSamplingRate = instrument.samplingRate;
