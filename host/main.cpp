@@ -19,6 +19,7 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
+constexpr int kStopped = 3;
 
 std::string versionText() {
     char library[16] = {};
@@ -63,10 +64,14 @@ int main(int argc, char **argv) {
         status = run(argc, argv);
     } catch (const orvik::UsageError &error) {
         status = fail(error.what(), kUsage);
+    } catch (const orvik::Stopped &stopped) {
+        std::fflush(stdout);
+        fmt::print(stderr, "orvik: {}\n", stopped.what());
+        status = kStopped;
     } catch (const std::exception &error) {
         status = fail(error.what(), kFailed);
     }
-    if (status == kFailed) {
+    if (status == kFailed || status == kStopped) {
         // After a failed write the HDF5 library tries once more when the program ends, and crashes.
         std::_Exit(status);
     }

@@ -16,4 +16,16 @@ public:
     using UserError::UserError;
 };
 
+// The results cannot be written: there is no point in going on.
+class WriteError : public UserError {
+public:
+    using UserError::UserError;
+};
+
+// The user stopped a run that can be resumed.
+class Stopped : public UserError {
+public:
+    using UserError::UserError;
+};
+
 } // namespace orvik

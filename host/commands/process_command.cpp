@@ -1,47 +1,29 @@
 #include "commands/process_command.hpp"
 
-#include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
-#include <filesystem>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include "burst/burst_file.hpp"
+#include "burst/deployment.hpp"
+#include "process/deployment_run.hpp"
+#include "process/follow.hpp"
+#include "process/plan.hpp"
+#include "process/process_options.hpp"
 #include "results/burst_table.hpp"
-#include "results/result_file.hpp"
-#include "run/burst_runner.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
 
 namespace {
 
-struct ProcessOptions {
-    std::string input;
-    std::string output;
-    int method = 0; // 0: by what the file holds
-    std::vector<std::string> values;
-    std::optional<double> freqMin;
-    std::optional<double> freqMax;
-    std::optional<double> trackFreqMax;
-    std::optional<double> freqStep;
-    std::optional<int> directions;
-    std::optional<int> bandWidth;
-    std::string source;
-    std::string velocities;
-    std::optional<double> troughMargin;
-    bool goingTo = false;
-    bool quiet = false;
-};
+// Longer deployments get their table when asked for it.
+constexpr std::size_t kLongestTable = 200;
 
 Overrides overridesOf(const std::vector<std::string> &values) {
     Overrides overrides;
@@ -65,86 +47,15 @@ VelocitySystem wantedSystem(const std::string &name) {
     return name == "enu" ? VelocitySystem::enu : VelocitySystem::none;
 }
 
-// The method that makes the most of a file's series without asking for facts that go with other ones.
-int naturalMethod(const BurstSource &reader) {
-    const VelocitySystem system = reader.velocitySystem();
-    const bool alongBeams = system == VelocitySystem::beam || system == VelocitySystem::xyz;
-    return (alongBeams ? 3 : 1) + (reader.hasTrack() ? 1 : 0);
-}
-
-ProcessingChoices choicesOf(const ProcessOptions &options, const BurstSource &reader) {
-    ProcessingChoices choices;
-    choices.method = options.method != 0 ? options.method : naturalMethod(reader);
-    choices.freqMin = options.freqMin.value_or(choices.freqMin);
-    choices.fineFreqMin = choices.freqMin;
-    choices.freqMax = options.freqMax.value_or(choices.freqMax);
-    choices.fineFreqMax =
-        options.trackFreqMax.value_or(options.freqMax.value_or(choices.fineFreqMax));
-    choices.freqStep = options.freqStep.value_or(choices.freqStep);
-    choices.nDirections = options.directions.value_or(choices.nDirections);
-    choices.dirBandWidth = options.bandWidth.value_or(choices.dirBandWidth);
-    choices.specBandWidth = options.bandWidth.value_or(choices.specBandWidth);
-    choices.comingFrom = !options.goingTo;
-    choices.troughMargin = options.troughMargin.value_or(choices.troughMargin);
-    if (!options.source.empty()) {
-        choices.directionalInputMode = options.source == "pressure"   ? 0
-                                       : options.source == "velocity" ? 1
-                                                                      : 2;
-    }
-    if (choices.freqMin >= choices.freqMax || choices.freqMin >= choices.fineFreqMax) {
-        throw UsageError("--freq-min must be below --freq-max and --track-freq-max");
-    }
-    return choices;
-}
-
-void noteChangedLimits(const ProcessOptions &options, const orvikbase::ProcessingParameters &used,
-                       std::set<std::string> &notes) {
-    constexpr double kSame = 1e-5; // [Hz] single precision
-    const auto check = [&](const char *option, const std::optional<double> &asked, float inUse) {
-        if (asked && std::abs(*asked - static_cast<double>(inUse)) > kSame) {
-            notes.insert(fmt::format("{} {:g} is beyond what the sampling rate and the number of "
-                                     "bins allow: {:g} Hz is used",
-                                     option, *asked, inUse));
-        }
-    };
-    check("--freq-max", options.freqMax, used.freqMax);
-    check("--track-freq-max", options.trackFreqMax, used.fineFreqMax);
-}
-
-std::map<std::string, std::string> provenance(const ProcessOptions &options,
-                                              const BurstSource &reader,
-                                              const orvikbase::ProcessingParameters &used) {
-    const Instrument &instrument = reader.instrument();
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::string given;
-    for (const std::string &value : options.values) {
-        given += (given.empty() ? "" : " ") + value;
-    }
-    return {
-        {"title", "directional wave parameters and spectra"},
-        {"source", "acoustic current meter bursts, processed by orvik " ORVIK_VERSION},
-        {"history", fmt::format("{:%Y-%m-%dT%H:%M:%SZ} orvik process", fmt::gmtime(now))},
-        {"burst_file", std::filesystem::path(options.input).filename().string()},
-        {"values_given", given},
-        {"processing_method", std::to_string(static_cast<int>(used.method))},
-        {"direction_convention", options.goingTo
-                                     ? "directions waves go to, clockwise from true north"
-                                     : "directions waves come from, clockwise from true north"},
-        {"processing_parameters",
-         fmt::format("freq {:g} to {:g} Hz, surface track {:g} to {:g} Hz, step {:g} Hz, {} "
-                     "directions, dirBandWidth {}, "
-                     "specBandWidth {}, directionalInputMode {}, estimateMask {}",
-                     used.freqMin, used.freqMax, used.fineFreqMin, used.fineFreqMax, used.freqStep,
-                     used.directions, used.dirBandWidth, used.specBandWidth,
-                     static_cast<int>(used.directionalInput), used.estimateMask)},
-        {"instrument",
-         fmt::format("type {}, {:g} Hz sampling, {:g} Hz acoustic, slant {:g} degree, cell range "
-                     "{:g} m, cell size {:g} m, "
-                     "pressure sensor {:g} m above the bed, declination {:g} degree",
-                     instrument.instrumentType, instrument.samplingRate,
-                     instrument.acousticFrequency, instrument.slantAngle, instrument.cellRange,
-                     instrument.cellSize, instrument.pressureHeight, instrument.declination)},
-    };
+std::unique_ptr<BurstSource> openSource(const std::vector<std::string> &paths,
+                                        const ProcessOptions &options) {
+    DeploymentOptions deployment;
+    deployment.layout = options.layout;
+    deployment.burstLength = options.burstLength;
+    deployment.overrides = overridesOf(options.values);
+    deployment.wanted = wantedSystem(options.velocities);
+    deployment.factsFile = options.factsFile;
+    return openDeployment(paths, deployment);
 }
 
 TableRow tableRow(const ResultRow &row, bool comingFrom) {
@@ -169,95 +80,123 @@ TableRow tableRow(const ResultRow &row, bool comingFrom) {
     return line;
 }
 
-// A burst that cannot be read is one bad burst, not the end of the deployment.
-ResultRow processBurst(const BurstSource &reader, BurstRunner &runner, std::size_t index) {
-    ResultRow row;
-    row.burst = index;
-    Burst burst;
-    try {
-        burst = reader.readBurst(index);
-        row.truth = reader.readTruth(index);
-    } catch (const UserError &error) {
-        row.result.reason = error.what();
-        return row;
-    }
-    row.startTime = burst.startTime;
-    row.result = runner.run(burst);
-    return row;
-}
-
 void say(const std::string &kind, const std::string &text) {
     fmt::print(stderr, "orvik: {}: {}\n", kind, text);
 }
 
-void runDeployment(const ProcessOptions &options, const BurstSource &reader,
-                   BurstRunner &runner, const ResultLayout &layout, std::set<std::string> notes) {
-    ResultFileWriter writer(options.output, layout);
-    TruthErrors errors;
-    std::size_t bad = 0;
-    for (const std::string &note : notes) {
-        say("note", note);
+// What a run shows on the way: the table on standard output, each note once on standard error.
+class Reporter {
+public:
+    Reporter(const Plan &plan, bool table)
+        : comingFrom_(plan.choices.comingFrom), notes_(plan.notes), table_(table) {
+        for (const std::string &note : notes_) {
+            say("note", note);
+        }
+        if (table_) {
+            fmt::print("{}", tableHead(plan.layout.hasTruth));
+        }
     }
-    if (!options.quiet) {
-        fmt::print("{}", tableHead(layout.hasTruth));
-    }
-    for (std::size_t index = 0; index < reader.burstCount(); ++index) {
-        const ResultRow row = processBurst(reader, runner, index);
-        writer.append(row);
-        const TableRow line = tableRow(row, layout.comingFrom);
-        errors.add(line);
-        if (!options.quiet) {
+
+    [[nodiscard]] bool hasTable() const { return table_; }
+
+    void show(const ResultRow &row) {
+        const TableRow line = tableRow(row, comingFrom_);
+        errors_.add(line);
+        if (table_) {
             fmt::print("{}", tableLine(line));
+            std::fflush(stdout);
         }
         for (const std::string &note : row.result.notes) {
-            if (notes.insert(note).second) {
+            if (notes_.insert(note).second) {
                 say("note", note);
             }
         }
-        if (!row.result.processed) {
-            ++bad;
-            say("note", fmt::format("burst {} has no results: {}", index, row.result.reason));
+    }
+
+    void finish(const std::vector<BadBurst> &bad, std::size_t bursts, bool quiet) {
+        if (!quiet && !errors_.empty()) {
+            fmt::print("{}{}", table_ ? "\n" : "", errors_.text());
+        }
+        std::fflush(stdout);
+        for (const BadBurst &burst : bad) {
+            say("note", fmt::format("burst {} has no results: {}", burst.index, burst.reason));
+        }
+        if (!bad.empty()) {
+            say("note", fmt::format("{} of {} bursts have no results", bad.size(), bursts));
         }
     }
-    writer.commit();
-    if (!options.quiet && !errors.empty()) {
-        fmt::print("\n{}", errors.text());
-    }
-    if (bad > 0) {
-        say("note", fmt::format("{} of {} bursts have no results", bad, reader.burstCount()));
-    }
-}
+
+private:
+    bool comingFrom_;
+    std::set<std::string> notes_;
+    bool table_;
+    TruthErrors errors_;
+};
 
 void runProcess(const ProcessOptions &options) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(options.input, options.output, ignored)) {
-        throw UsageError("--output is the input file " + options.input +
-                         ": give the results another name");
+    const std::unique_ptr<BurstSource> source = openSource(options.inputs, options);
+    refuseOutputOverInput(options, *source);
+    const Plan plan = planFor(options, *source);
+    if (options.dryRun) {
+        fmt::print("{}", describe(plan, *source, options));
+        return;
     }
-    const BurstFileReader reader(options.input, overridesOf(options.values),
-                                 wantedSystem(options.velocities));
-    const ProcessingChoices choices = choicesOf(options, reader);
-    if (needsAttitude(reader.instrument(), choices.method, reader.velocitySystem())) {
-        reader.requireAttitude();
-    }
-    if (needsBeams(reader.instrument(), choices.method, reader.velocitySystem())) {
-        reader.requireBeams();
-    }
-    BurstRunner runner(reader.instrument(), choices);
-    std::set<std::string> notes;
-    noteChangedLimits(options, runner.parameters(), notes);
-    ResultLayout layout;
-    layout.frequencies = runner.frequencies();
-    layout.fineFrequencies = runner.fineFrequencies();
-    if (layout.frequencies.empty() || layout.fineFrequencies.empty()) {
-        throw UsageError("no frequency is left between --freq-min and half the sampling rate");
-    }
-    layout.directions = static_cast<std::size_t>(runner.parameters().directions);
-    layout.comingFrom = choices.comingFrom;
-    layout.hasTruth = reader.hasTruth();
-    layout.pressureHeight = reader.instrument().pressureHeight;
-    layout.attributes = provenance(options, reader, runner.parameters());
-    runDeployment(options, reader, runner, layout, notes);
+    const std::size_t bursts = source->burstCount();
+    Reporter reporter(plan, !options.quiet && (options.table || bursts <= kLongestTable));
+    DeploymentRun run;
+    run.output = options.output;
+    run.threads = options.threads;
+    run.resume = options.resume;
+    run.progress = usualProgress(options.quiet || reporter.hasTable());
+    run.onRow = [&reporter](const ResultRow &row) { reporter.show(row); };
+    reporter.finish(runDeployment(*source, plan, run), bursts, options.quiet);
+}
+
+void runFollow(const ProcessOptions &options) {
+    std::unique_ptr<Reporter> reporter;
+    FollowRun run;
+    run.folder = options.follow;
+    run.output = options.output;
+    run.resume = options.resume;
+    run.open = [&options](const std::string &file) { return openSource({file}, options); };
+    run.plan = [&options](const BurstSource &source) { return planFor(options, source); };
+    run.onStart = [&](const Plan &plan) {
+        reporter = std::make_unique<Reporter>(plan, !options.quiet);
+    };
+    run.onRow = [&reporter](const ResultRow &row) {
+        reporter->show(row);
+        if (!row.result.processed) {
+            say("note", fmt::format("a burst has no results: {}", row.result.reason));
+        }
+    };
+    run.onBadFile = [](const std::string &file, const std::string &reason) {
+        say("note", fmt::format("{} is left out: {}", file, reason));
+    };
+    follow(run);
+}
+
+void addSpectrumOptions(CLI::App &command, const std::shared_ptr<ProcessOptions> &options) {
+    command.add_option("--freq-min", options->freqMin, "lowest frequency, Hz (0.02)")
+        ->check(CLI::Range(0.001, 0.999));
+    command.add_option("--freq-max", options->freqMax, "highest frequency, Hz (0.99)")
+        ->check(CLI::Range(0.002, 1.99));
+    command
+        .add_option("--track-freq-max", options->trackFreqMax,
+                    "highest frequency of the surface-track spectrum, Hz (--freq-max, else 1.99)")
+        ->check(CLI::Range(0.002, 1.99));
+    command.add_option("--freq-step", options->freqStep, "step of the frequencies, Hz (0.01)")
+        ->check(CLI::Range(0.0005, 0.1));
+    command.add_option("--directions", options->directions, "direction bins (90)")
+        ->check(CLI::Range(4, 90));
+    command
+        .add_option("--band-width", options->bandWidth,
+                    "averaging: a quarter of this number of transform bins (32)")
+        ->check(CLI::Range(1, 512));
+    command
+        .add_option(
+            "--source", options->source,
+            "elevation spectrum behind the parameters: pressure, velocity or best (methods 2 to 4)")
+        ->check(CLI::IsMember({"pressure", "velocity", "best"}));
 }
 
 } // namespace
@@ -266,7 +205,21 @@ void addProcessCommand(CLI::App &app) {
     const auto options = std::make_shared<ProcessOptions>();
     CLI::App *command =
         app.add_subcommand("process", "wave parameters and spectra of a burst file");
-    command->add_option("input", options->input, "burst file to read")->required();
+    command->add_option("input", options->inputs, "files or folders of one deployment");
+    command
+        ->add_option("--follow", options->follow,
+                     "watch a folder and process each file that is renamed into it")
+        ->type_name("FOLDER");
+    command
+        ->add_option("--layout", options->layout,
+                     "how the files are laid out; by default what they look like")
+        ->check(CLI::IsMember(layoutNames()));
+    command
+        ->add_option("--burst-length", options->burstLength,
+                     "samples: cuts what was recorded without a pause into bursts")
+        ->check(CLI::Range(16U, 16384U));
+    command->add_option("--facts", options->factsFile,
+                        "TOML file with what the data lack (orvik init writes one)");
     command->add_option("-o,--output", options->output, "result file to write (netCDF)")
         ->required();
     command
@@ -280,27 +233,7 @@ void addProcessCommand(CLI::App &app) {
             "--set", options->values,
             "name=value: a value that the file lacks or that shall replace it; may be repeated")
         ->allow_extra_args(false);
-    command->add_option("--freq-min", options->freqMin, "lowest frequency, Hz (0.02)")
-        ->check(CLI::Range(0.001, 0.999));
-    command->add_option("--freq-max", options->freqMax, "highest frequency, Hz (0.99)")
-        ->check(CLI::Range(0.002, 1.99));
-    command
-        ->add_option("--track-freq-max", options->trackFreqMax,
-                     "highest frequency of the surface-track spectrum, Hz (--freq-max, else 1.99)")
-        ->check(CLI::Range(0.002, 1.99));
-    command->add_option("--freq-step", options->freqStep, "step of the frequencies, Hz (0.01)")
-        ->check(CLI::Range(0.0005, 0.1));
-    command->add_option("--directions", options->directions, "direction bins (90)")
-        ->check(CLI::Range(4, 90));
-    command
-        ->add_option("--band-width", options->bandWidth,
-                     "averaging: a quarter of this number of transform bins (32)")
-        ->check(CLI::Range(1, 512));
-    command
-        ->add_option(
-            "--source", options->source,
-            "elevation spectrum behind the parameters: pressure, velocity or best (methods 2 to 4)")
-        ->check(CLI::IsMember({"pressure", "velocity", "best"}));
+    addSpectrumOptions(*command, options);
     command
         ->add_option("--velocities", options->velocities,
                      "beam, xyz or enu: which velocities to take from a file that has several")
@@ -312,8 +245,28 @@ void addProcessCommand(CLI::App &app) {
         ->check(CLI::Range(1.0, 100.0));
     command->add_flag("--going-to", options->goingTo,
                       "directions say where waves go to instead of come from");
-    command->add_flag("--quiet", options->quiet, "no table");
-    command->callback([options] { runProcess(*options); });
+    command
+        ->add_option("--threads", options->threads,
+                     "bursts processed at the same time (as many as the machine has processors)")
+        ->check(CLI::Range(1U, 1024U));
+    command->add_flag("--resume", options->resume,
+                      "go on with a run that was stopped: its finished bursts are kept");
+    command->add_flag("--dry-run", options->dryRun, "say what would be done, and do nothing");
+    command->add_flag("--table", options->table, "a line for every burst, of long deployments too");
+    command->add_flag("--quiet", options->quiet, "no table, no progress");
+    command->callback([options] {
+        if (options->follow.empty() == options->inputs.empty()) {
+            throw UsageError(options->follow.empty()
+                                 ? "what shall be processed? Name one or more files or a folder, "
+                                   "or a folder to watch with --follow"
+                                 : "--follow watches a folder: no other input can be given");
+        }
+        if (options->follow.empty()) {
+            runProcess(*options);
+        } else {
+            runFollow(*options);
+        }
+    });
 }
 
 } // namespace orvik

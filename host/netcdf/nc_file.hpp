@@ -96,6 +96,8 @@ public:
     void write(int variable, const std::vector<std::size_t> &start, double value);
     void writeScalar(int variable, double value) { write(variable, {}, value); }
 
+    // Puts a copy of what was written so far under the file's own name and goes on.
+    void publish();
     void commit();
 
 private:

@@ -1,11 +1,14 @@
 #include "netcdf/nc_file.hpp"
 
 #include <cerrno>
+#include <charconv>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <system_error>
 
 #include <unistd.h>
@@ -29,6 +32,34 @@ std::string temporaryName(const std::string &path) {
     return (target.parent_path() / name).string();
 }
 
+// The process that a part file `name` of `target` belongs to; nothing for other files.
+std::optional<pid_t> ownerOfPart(const std::string &name, const std::string &target) {
+    const std::string before = "." + target + ".";
+    const std::string after = ".part";
+    if (!name.starts_with(before) || !name.ends_with(after) || name.size() <= before.size() + after.size()) {
+        return std::nullopt;
+    }
+    const std::string number = name.substr(before.size(), name.size() - before.size() - after.size());
+    pid_t owner = 0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), owner);
+    const bool whole = error == std::errc{} && end == number.data() + number.size();
+    return whole && owner > 0 ? std::optional(owner) : std::nullopt;
+}
+
+// A program that was killed could not take its part file with it.
+void removeAbandonedParts(const std::string &path) {
+    const std::filesystem::path target(path);
+    const auto folder = target.has_parent_path() ? target.parent_path() : std::filesystem::path(".");
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
+        const auto owner = ownerOfPart(entry.path().filename().string(), target.filename().string());
+        if (owner && kill(*owner, 0) != 0 && errno == ESRCH) {
+            std::error_code ignored;
+            std::filesystem::remove(entry.path(), ignored);
+        }
+    }
+}
+
 bool isDirectory(const std::string &path) {
     std::error_code ignored;
     return std::filesystem::is_directory(path, ignored);
@@ -38,13 +69,14 @@ bool isDirectory(const std::string &path) {
 
 NcWriter::NcWriter(const std::string &path) : path_(path), temporaryPath_(temporaryName(path)) {
     if (path.empty() || isDirectory(path)) {
-        throw UserError(path.empty() ? "an output file needs a name"
+        throw WriteError(path.empty() ? "an output file needs a name"
                                      : "cannot write " + path + ": it is a directory");
     }
+    removeAbandonedParts(path);
     const int status = nc_create(temporaryPath_.c_str(), NC_NETCDF4 | NC_CLOBBER, &id_);
     if (status != NC_NOERR) {
         std::remove(temporaryPath_.c_str());
-        throw UserError("cannot create " + path + ": " + nc_strerror(status) +
+        throw WriteError("cannot create " + path + ": " + nc_strerror(status) +
                         " (does the directory exist, and may you write there?)");
     }
     open_ = true;
@@ -61,7 +93,7 @@ NcWriter::~NcWriter() {
 
 void NcWriter::check(int status, const std::string &what) const {
     if (status != NC_NOERR) {
-        throw UserError("cannot write " + what + " to " + path_ + ": " + nc_strerror(status) +
+        throw WriteError("cannot write " + what + " to " + path_ + ": " + nc_strerror(status) +
                         " (is the disk full?)");
     }
 }
@@ -167,11 +199,26 @@ void NcWriter::write(int variable, const std::vector<std::size_t> &start, double
     check(nc_put_var1_double(id_, variable, start.data(), &value), "data");
 }
 
+void NcWriter::publish() {
+    check(nc_sync(id_), "data");
+    const std::string copy = temporaryPath_ + ".copy";
+    std::error_code error;
+    std::filesystem::copy_file(temporaryPath_, copy, std::filesystem::copy_options::overwrite_existing, error);
+    if (!error) {
+        std::filesystem::rename(copy, path_, error);
+    }
+    if (error) {
+        std::error_code ignored;
+        std::filesystem::remove(copy, ignored);
+        throw WriteError("cannot write " + path_ + ": " + error.message() + " (is the disk full?)");
+    }
+}
+
 void NcWriter::commit() {
     open_ = false;
     check(nc_close(id_), "data");
     if (std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
-        throw UserError("cannot give the finished file its name " + path_ + ": " +
+        throw WriteError("cannot give the finished file its name " + path_ + ": " +
                         std::strerror(errno));
     }
     temporaryPath_.clear();

@@ -319,6 +319,8 @@ void ResultFileWriter::append(const ResultRow &row) {
     ++impl.written;
 }
 
+void ResultFileWriter::publish() { impl_->file.publish(); }
+
 void ResultFileWriter::commit() { impl_->file.commit(); }
 
 } // namespace orvik

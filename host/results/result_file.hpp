@@ -43,6 +43,8 @@ public:
     ResultFileWriter &operator=(const ResultFileWriter &) = delete;
 
     void append(const ResultRow &row);
+    // Puts what is there so far under the file's name, and goes on.
+    void publish();
     void commit();
 
 private:

@@ -1,0 +1,154 @@
+#include "process/deployment_run.hpp"
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include <fmt/format.h>
+#include <tbb/enumerable_thread_specific.h>
+#include <tbb/global_control.h>
+#include <tbb/parallel_pipeline.h>
+#include <tbb/task_arena.h>
+
+#include "process/journal.hpp"
+#include "process/stop_request.hpp"
+#include "user_error.hpp"
+
+namespace orvik {
+
+namespace {
+
+struct Work {
+    ResultRow row;
+    std::optional<Burst> burst; // nothing: it could not be read
+};
+
+// A burst that cannot be read is one bad burst, not the end of the deployment, as long as its files are there.
+std::shared_ptr<Work> readWork(const BurstSource &source, std::size_t index) {
+    auto work = std::make_shared<Work>();
+    work->row.burst = index;
+    try {
+        work->burst = source.readBurst(index);
+        work->row.truth = source.readTruth(index);
+        work->row.startTime = work->burst->startTime;
+    } catch (const UserError &error) {
+        for (const std::string &file : source.files()) {
+            if (!std::filesystem::exists(file)) {
+                throw UserError(file +
+                                " is no longer there: bring it back and go on with --resume");
+            }
+        }
+        work->burst.reset();
+        work->row.result.reason = error.what();
+    }
+    return work;
+}
+
+class Deployment {
+public:
+    Deployment(const BurstSource &source, const Plan &plan, const DeploymentRun &run)
+        : source_(source), plan_(plan), run_(run),
+          journal_(run.output, identityOf(plan, source), run.resume),
+          writer_(run.output, plan.layout),
+          progress_(run.progress, source.burstCount(), journal_.rowCount()) {}
+
+    void takeFinished() {
+        for (; next_ < journal_.rowCount(); ++next_) {
+            keep(journal_.row(next_).row);
+        }
+    }
+
+    void process() {
+        const unsigned threads =
+            run_.threads > 0 ? run_.threads : std::max(1U, std::thread::hardware_concurrency());
+        const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, threads);
+        tbb::task_arena arena(static_cast<int>(threads));
+        arena.execute([this, threads] { runPipeline(threads); });
+    }
+
+    void finish() {
+        writer_.commit();
+        journal_.remove();
+    }
+
+    [[nodiscard]] std::size_t finished() const { return finished_; }
+    [[nodiscard]] const std::vector<BadBurst> &badBursts() const { return bad_; }
+
+private:
+    using Runners = tbb::enumerable_thread_specific<std::unique_ptr<BurstRunner>>;
+    using Item = std::shared_ptr<Work>;
+
+    // Reading and writing both go through the netCDF library, which serves one thread at a time.
+    void runPipeline(unsigned threads) {
+        Runners runners(
+            [this] { return std::make_unique<BurstRunner>(source_.instrument(), plan_.choices); });
+        const auto read = [this](tbb::flow_control &flow) -> Item {
+            if (next_ == source_.burstCount() || StopRequest::wanted()) {
+                flow.stop();
+                return {};
+            }
+            const std::lock_guard<std::mutex> guard(files_);
+            return readWork(source_, next_++);
+        };
+        const auto process = [&runners](Item work) {
+            if (work->burst) {
+                work->row.result = runners.local()->run(*work->burst);
+                work->burst.reset();
+            }
+            return work;
+        };
+        const auto write = [this](const Item &work) {
+            const std::lock_guard<std::mutex> guard(files_);
+            journal_.append({work->row, {}});
+            keep(work->row);
+            progress_.advance();
+        };
+        constexpr std::size_t kBurstsPerThread = 2; // in memory at once
+        tbb::parallel_pipeline(
+            kBurstsPerThread * threads,
+            tbb::make_filter<void, Item>(tbb::filter_mode::serial_in_order, read) &
+                tbb::make_filter<Item, Item>(tbb::filter_mode::parallel, process) &
+                tbb::make_filter<Item, void>(tbb::filter_mode::serial_in_order, write));
+    }
+
+    void keep(const ResultRow &row) {
+        writer_.append(row);
+        if (!row.result.processed) {
+            bad_.push_back({row.burst, row.result.reason});
+        }
+        ++finished_;
+        progress_.clear();
+        run_.onRow(row);
+    }
+
+    const BurstSource &source_;
+    const Plan &plan_;
+    const DeploymentRun &run_;
+    Journal journal_;
+    ResultFileWriter writer_;
+    Progress progress_;
+    std::mutex files_;
+    std::size_t next_ = 0;
+    std::size_t finished_ = 0;
+    std::vector<BadBurst> bad_;
+};
+
+} // namespace
+
+std::vector<BadBurst> runDeployment(const BurstSource &source, const Plan &plan,
+                                    const DeploymentRun &run) {
+    const StopRequest stop;
+    Deployment deployment(source, plan, run);
+    deployment.takeFinished();
+    deployment.process();
+    if (deployment.finished() < source.burstCount()) {
+        throw Stopped(fmt::format("stopped: {} of {} bursts are done and kept; go on with --resume",
+                                  deployment.finished(), source.burstCount()));
+    }
+    deployment.finish();
+    return deployment.badBursts();
+}
+
+} // namespace orvik

@@ -1,0 +1,35 @@
+// A deployment from its files to the result file: bursts read one at a time, processed on several threads, written in order.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "burst/burst_source.hpp"
+#include "process/plan.hpp"
+#include "process/progress.hpp"
+
+namespace orvik {
+
+struct BadBurst {
+    std::size_t index = 0;
+    std::string reason;
+};
+
+struct DeploymentRun {
+    std::string output;
+    unsigned threads = 0; // 0: as many as the machine has
+    bool resume = false;
+    ProgressStyle progress = ProgressStyle::none;
+    // Sees every row, in order; rows of an earlier run that is being resumed too.
+    std::function<void(const ResultRow &)> onRow = [](const ResultRow &) {};
+};
+
+// The bytes of the result file depend on the source and the plan alone, not on the number of threads, nor on how often
+// the run was stopped and resumed. Throws Stopped when the user stopped it, UserError when it cannot go on; what was
+// finished is kept for a run with `resume` then.
+std::vector<BadBurst> runDeployment(const BurstSource &source, const Plan &plan,
+                                    const DeploymentRun &run);
+
+} // namespace orvik

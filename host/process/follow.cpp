@@ -1,0 +1,216 @@
+#include "process/follow.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include <fmt/format.h>
+#include <poll.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include "process/journal.hpp"
+#include "process/stop_request.hpp"
+#include "user_error.hpp"
+
+namespace orvik {
+
+namespace {
+
+// Hidden files are still being written, or not the user's.
+bool isBurstFile(const std::filesystem::path &path) {
+    const std::string extension = path.extension().string();
+    return !path.filename().string().starts_with(".") &&
+           (extension == ".nc" || extension == ".csv");
+}
+
+class FolderWatch {
+public:
+    explicit FolderWatch(const std::string &folder)
+        : folder_(folder), handle_(inotify_init1(IN_CLOEXEC)) {
+        if (handle_ < 0 ||
+            inotify_add_watch(handle_, folder.c_str(), IN_MOVED_TO | IN_ONLYDIR) < 0) {
+            const std::string reason = std::strerror(errno);
+            close(handle_);
+            throw UserError(
+                fmt::format("cannot watch {}: {}; --follow takes a folder", folder, reason));
+        }
+    }
+    ~FolderWatch() { close(handle_); }
+    FolderWatch(const FolderWatch &) = delete;
+    FolderWatch &operator=(const FolderWatch &) = delete;
+
+    [[nodiscard]] std::vector<std::string> present() const {
+        std::vector<std::string> files;
+        for (const auto &entry : std::filesystem::directory_iterator(folder_)) {
+            if (entry.is_regular_file() && isBurstFile(entry.path())) {
+                files.push_back(entry.path().string());
+            }
+        }
+        std::sort(files.begin(), files.end());
+        return files;
+    }
+
+    // Files that arrived; none after a signal.
+    std::vector<std::string> wait() const {
+        pollfd ready{handle_, POLLIN, 0};
+        if (poll(&ready, 1, -1) <= 0) {
+            return {};
+        }
+        alignas(inotify_event) std::array<char, 65536> buffer{};
+        const ssize_t length = read(handle_, buffer.data(), buffer.size());
+        std::vector<std::string> files;
+        for (ssize_t at = 0; at < length;) {
+            inotify_event event{};
+            std::memcpy(&event, buffer.data() + at, sizeof event);
+            if ((event.mask & IN_Q_OVERFLOW) != 0) {
+                return present();
+            }
+            const std::string name =
+                event.len > 0 ? std::string(buffer.data() + at + sizeof event) : std::string();
+            const auto path = std::filesystem::path(folder_) / name;
+            if (!name.empty() && isBurstFile(path)) {
+                files.push_back(path.string());
+            }
+            at += static_cast<ssize_t>(sizeof event + event.len);
+        }
+        return files;
+    }
+
+private:
+    std::string folder_;
+    int handle_;
+};
+
+class Follower {
+public:
+    explicit Follower(const FollowRun &run) : run_(run) {}
+
+    // A file that was seen before has nothing new.
+    void take(const std::string &path) {
+        const std::string name = std::filesystem::path(path).filename().string();
+        if (name == std::filesystem::path(run_.output).filename().string() ||
+            (seen_[name] && !partly(name))) {
+            return;
+        }
+        seen_[name] = true;
+        try {
+            const auto source = run_.open(path);
+            start(*source);
+            processFile(*source, name);
+        } catch (const UserError &error) {
+            if (dynamic_cast<const WriteError *>(&error) != nullptr) {
+                throw;
+            }
+            run_.onBadFile(path, error.what());
+            return;
+        }
+        if (fresh_) {
+            writer_->publish();
+            fresh_ = false;
+        }
+    }
+
+    void finish() {
+        if (writer_) {
+            writer_->commit();
+        }
+    }
+
+private:
+    [[nodiscard]] bool partly(const std::string &name) const { return doneOf_.count(name) != 0; }
+
+    // What makes bursts comparable; a file that differs here is not of this deployment.
+    static std::string factsOf(const Plan &plan) {
+        return plan.layout.attributes.at("instrument") +
+               plan.layout.attributes.at("processing_parameters");
+    }
+
+    void start(const BurstSource &source) {
+        Plan plan = run_.plan(source);
+        plan.layout.attributes["burst_file"] = "files of a folder, as they arrived";
+        if (plan_) {
+            if (factsOf(plan) != factsOf(*plan_)) {
+                throw UserError(
+                    "it is of another instrument or setting than the files before it: " +
+                    plan.layout.attributes.at("instrument"));
+            }
+            return;
+        }
+        plan_ = std::make_unique<Plan>(plan);
+        run_.onStart(*plan_);
+        journal_ = std::make_unique<Journal>(run_.output, factsOf(plan), run_.resume);
+        writer_ = std::make_unique<ResultFileWriter>(run_.output, plan.layout);
+        runner_ = std::make_unique<BurstRunner>(source.instrument(), plan.choices);
+        for (std::size_t i = 0; i < journal_->rowCount(); ++i) {
+            const JournalRow kept = journal_->row(i);
+            seen_[kept.file] = true;
+            doneOf_[kept.file] = kept.row.burst + 1;
+            append(kept.row);
+        }
+    }
+
+    void processFile(const BurstSource &source, const std::string &name) {
+        std::size_t &done = doneOf_[name];
+        for (; done < source.burstCount() && !StopRequest::wanted(); ++done) {
+            ResultRow row;
+            row.burst = done;
+            try {
+                const Burst burst = source.readBurst(done);
+                row.truth = source.readTruth(done);
+                row.startTime = burst.startTime;
+                row.result = runner_->run(burst);
+            } catch (const UserError &error) {
+                row.result.reason = error.what();
+            }
+            journal_->append({row, name});
+            append(row);
+        }
+        if (done == source.burstCount()) {
+            doneOf_.erase(name);
+        }
+    }
+
+    void append(const ResultRow &row) {
+        writer_->append(row);
+        fresh_ = true;
+        run_.onRow(row);
+    }
+
+    const FollowRun &run_;
+    std::unique_ptr<Plan> plan_;
+    std::unique_ptr<Journal> journal_;
+    std::unique_ptr<ResultFileWriter> writer_;
+    std::unique_ptr<BurstRunner> runner_;
+    std::map<std::string, bool> seen_;
+    std::map<std::string, std::size_t>
+        doneOf_;         // of files whose bursts are not all done, or were not in an earlier run
+    bool fresh_ = false; // rows that the result file does not show yet
+};
+
+} // namespace
+
+void follow(const FollowRun &run) {
+    const StopRequest stop;
+    const FolderWatch watch(run.folder); // before the first look, so that nothing slips in between
+    Follower follower(run);
+    std::vector<std::string> files = watch.present();
+    while (!StopRequest::wanted()) {
+        for (const std::string &file : files) {
+            if (!StopRequest::wanted()) {
+                follower.take(file);
+            }
+        }
+        if (!StopRequest::wanted()) {
+            files = watch.wait();
+        }
+    }
+    follower.finish();
+}
+
+} // namespace orvik

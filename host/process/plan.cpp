@@ -1,0 +1,205 @@
+#include "process/plan.hpp"
+
+#include <cmath>
+#include <filesystem>
+
+#include <fmt/format.h>
+
+#include "user_error.hpp"
+
+namespace orvik {
+
+namespace {
+
+// The method that makes the most of a deployment's series without asking for facts that go with other ones.
+int naturalMethod(const BurstSource &source) {
+    const VelocitySystem system = source.velocitySystem();
+    const bool alongBeams = system == VelocitySystem::beam || system == VelocitySystem::xyz;
+    return (alongBeams ? 3 : 1) + (source.hasTrack() ? 1 : 0);
+}
+
+ProcessingChoices choicesOf(const ProcessOptions &options, const BurstSource &source) {
+    ProcessingChoices choices;
+    choices.method = options.method != 0 ? options.method : naturalMethod(source);
+    choices.freqMin = options.freqMin.value_or(choices.freqMin);
+    choices.fineFreqMin = choices.freqMin;
+    choices.freqMax = options.freqMax.value_or(choices.freqMax);
+    choices.fineFreqMax =
+        options.trackFreqMax.value_or(options.freqMax.value_or(choices.fineFreqMax));
+    choices.freqStep = options.freqStep.value_or(choices.freqStep);
+    choices.nDirections = options.directions.value_or(choices.nDirections);
+    choices.dirBandWidth = options.bandWidth.value_or(choices.dirBandWidth);
+    choices.specBandWidth = options.bandWidth.value_or(choices.specBandWidth);
+    choices.comingFrom = !options.goingTo;
+    choices.troughMargin = options.troughMargin.value_or(choices.troughMargin);
+    if (!options.source.empty()) {
+        choices.directionalInputMode = options.source == "pressure"   ? 0
+                                       : options.source == "velocity" ? 1
+                                                                      : 2;
+    }
+    if (choices.freqMin >= choices.freqMax || choices.freqMin >= choices.fineFreqMax) {
+        throw UsageError("--freq-min must be below --freq-max and --track-freq-max");
+    }
+    return choices;
+}
+
+void noteChangedLimits(const ProcessOptions &options, const orvikbase::ProcessingParameters &used,
+                       std::set<std::string> &notes) {
+    constexpr double kSame = 1e-5; // [Hz] single precision
+    const auto check = [&](const char *option, const std::optional<double> &asked, float inUse) {
+        if (asked && std::abs(*asked - static_cast<double>(inUse)) > kSame) {
+            notes.insert(fmt::format("{} {:g} is beyond what the sampling rate and the number of "
+                                     "bins allow: {:g} Hz is used",
+                                     option, *asked, inUse));
+        }
+    };
+    check("--freq-max", options.freqMax, used.freqMax);
+    check("--track-freq-max", options.trackFreqMax, used.fineFreqMax);
+}
+
+std::string joined(const std::vector<std::string> &parts) {
+    std::string text;
+    for (const std::string &part : parts) {
+        text += (text.empty() ? "" : " ") + part;
+    }
+    return text;
+}
+
+std::string parametersText(const orvikbase::ProcessingParameters &used) {
+    return fmt::format("freq {:g} to {:g} Hz, surface track {:g} to {:g} Hz, step {:g} Hz, {} "
+                       "directions, dirBandWidth {}, "
+                       "specBandWidth {}, directionalInputMode {}, estimateMask {}",
+                       used.freqMin, used.freqMax, used.fineFreqMin, used.fineFreqMax,
+                       used.freqStep, used.directions, used.dirBandWidth, used.specBandWidth,
+                       static_cast<int>(used.directionalInput), used.estimateMask);
+}
+
+std::string instrumentText(const Instrument &instrument) {
+    std::string text = fmt::format(
+        "type {}, {:g} Hz sampling, {:g} Hz acoustic, {} beams with slant {:g} degree, ",
+        instrument.instrumentType, instrument.samplingRate, instrument.acousticFrequency,
+        instrument.beams, instrument.slantAngle);
+    if (instrument.profile) {
+        text += fmt::format("{} cells of {:g} m above {:g} m blanking, ", instrument.profile->cells,
+                            instrument.cellSize, instrument.profile->blanking);
+    } else {
+        text += fmt::format("cell range {:g} m, cell size {:g} m, ", instrument.cellRange,
+                            instrument.cellSize);
+    }
+    return text + fmt::format("pressure sensor {:g} m above the bed, declination {:g} degree, roll "
+                              "offset {:g} degree",
+                              instrument.pressureHeight, instrument.declination,
+                              instrument.rollOffset);
+}
+
+std::string fileNames(const BurstSource &source) {
+    std::vector<std::string> names;
+    for (const std::string &file : source.files()) {
+        names.push_back(std::filesystem::path(file).filename().string());
+    }
+    return joined(names);
+}
+
+std::map<std::string, std::string> provenance(const ProcessOptions &options,
+                                              const BurstSource &source,
+                                              const orvikbase::ProcessingParameters &used) {
+    return {
+        {"title", "directional wave parameters and spectra"},
+        {"source", "acoustic current meter bursts, processed by orvik " ORVIK_VERSION},
+        {"burst_file", fileNames(source)},
+        {"values_given", joined(options.values)},
+        {"processing_method", std::to_string(static_cast<int>(used.method))},
+        {"direction_convention", options.goingTo
+                                     ? "directions waves go to, clockwise from true north"
+                                     : "directions waves come from, clockwise from true north"},
+        {"processing_parameters", parametersText(used)},
+        {"instrument", instrumentText(source.instrument())},
+    };
+}
+
+const char *systemText(VelocitySystem system) {
+    switch (system) {
+    case VelocitySystem::beam:
+        return "velocities along the beams";
+    case VelocitySystem::xyz:
+        return "velocities in instrument axes";
+    case VelocitySystem::enu:
+        return "east, north, up velocities";
+    case VelocitySystem::none:
+        break;
+    }
+    return "no velocities";
+}
+
+} // namespace
+
+Plan planFor(const ProcessOptions &options, const BurstSource &source) {
+    Plan plan;
+    plan.choices = choicesOf(options, source);
+    if (needsAttitude(source.instrument(), plan.choices.method, source.velocitySystem())) {
+        source.requireAttitude();
+    }
+    if (needsBeams(source.instrument(), plan.choices.method, source.velocitySystem())) {
+        source.requireBeams();
+    }
+    const BurstRunner runner(source.instrument(), plan.choices);
+    plan.parameters = runner.parameters();
+    noteChangedLimits(options, plan.parameters, plan.notes);
+    plan.layout.frequencies = runner.frequencies();
+    plan.layout.fineFrequencies = runner.fineFrequencies();
+    if (plan.layout.frequencies.empty() || plan.layout.fineFrequencies.empty()) {
+        throw UsageError("no frequency is left between --freq-min and half the sampling rate");
+    }
+    plan.layout.directions = static_cast<std::size_t>(plan.parameters.directions);
+    plan.layout.comingFrom = plan.choices.comingFrom;
+    plan.layout.hasTruth = source.hasTruth();
+    plan.layout.pressureHeight = source.instrument().pressureHeight;
+    plan.layout.attributes = provenance(options, source, plan.parameters);
+    return plan;
+}
+
+void refuseOutputOverInput(const ProcessOptions &options, const BurstSource &source) {
+    for (const std::string &file : source.files()) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(file, options.output, ignored)) {
+            throw UsageError("--output is the input file " + file +
+                             ": give the results another name");
+        }
+    }
+}
+
+std::string identityOf(const Plan &plan, const BurstSource &source) {
+    std::string text;
+    for (const auto &[name, value] : plan.layout.attributes) {
+        text += name + "=" + value + "\n";
+    }
+    for (const std::string &file : source.files()) {
+        std::error_code error;
+        const auto size = std::filesystem::file_size(file, error);
+        const auto time = std::filesystem::last_write_time(file, error).time_since_epoch().count();
+        text += fmt::format("{} {} {}\n", file, size, time);
+    }
+    return text + fmt::format("{} bursts, trough margin {}\n", source.burstCount(),
+                              plan.choices.troughMargin);
+}
+
+std::string describe(const Plan &plan, const BurstSource &source, const ProcessOptions &options) {
+    std::string text = fmt::format("input       {}\n", joined(source.files()));
+    text += fmt::format("bursts      {}, {}, {}\n", source.burstCount(),
+                        systemText(source.velocitySystem()),
+                        source.hasTrack() ? "with surface track" : "no surface track");
+    text += fmt::format("instrument  {}\n", instrumentText(source.instrument()));
+    text += fmt::format("method      {}{}\n", plan.choices.method,
+                        options.method == 0 ? ", chosen by what the files hold" : "");
+    text += fmt::format("parameters  {}\n", parametersText(plan.parameters));
+    text += fmt::format("directions  {}\n", plan.layout.attributes.at("direction_convention"));
+    text += fmt::format(
+        "output      {}{}\n", options.output,
+        std::filesystem::exists(options.output) ? " (is there and would be replaced)" : "");
+    for (const std::string &note : plan.notes) {
+        text += fmt::format("note        {}\n", note);
+    }
+    return text;
+}
+
+} // namespace orvik
