@@ -1,8 +1,14 @@
 #include "netcdf/units.hpp"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <chrono>
 #include <cstdio>
+#include <memory>
+#include <utility>
+
+#include <udunits2.h>
 
 #include "user_error.hpp"
 
@@ -10,54 +16,26 @@ namespace orvik {
 
 namespace {
 
-struct Spelling {
-    Quantity quantity;
-    const char *text;
-    double factor;
+template <auto release> struct Release {
+    template <typename Handle> void operator()(Handle *handle) const { release(handle); }
 };
 
-constexpr double kDegreesPerRadian = 57.29577951308232;
+using System = std::unique_ptr<ut_system, Release<ut_free_system>>;
+using Unit = std::unique_ptr<ut_unit, Release<ut_free>>;
+using Converter = std::unique_ptr<cv_converter, Release<cv_free>>;
 
-// The first spelling of a quantity is the one that error messages ask for.
-constexpr Spelling kSpellings[] = {
-    // clang-format off
-    {Quantity::frequency, "Hz", 1.0}, {Quantity::frequency, "hertz", 1.0}, {Quantity::frequency, "s-1", 1.0},
-    {Quantity::frequency, "1/s", 1.0}, {Quantity::frequency, "kHz", 1e3}, {Quantity::frequency, "MHz", 1e6},
-    {Quantity::angle, "degree", 1.0}, {Quantity::angle, "degrees", 1.0}, {Quantity::angle, "deg", 1.0},
-    {Quantity::angle, "degree_true", 1.0}, {Quantity::angle, "degrees_true", 1.0},
-    {Quantity::angle, "radian", kDegreesPerRadian}, {Quantity::angle, "radians", kDegreesPerRadian},
-    {Quantity::angle, "rad", kDegreesPerRadian},
-    {Quantity::length, "m", 1.0}, {Quantity::length, "metre", 1.0}, {Quantity::length, "metres", 1.0},
-    {Quantity::length, "meter", 1.0}, {Quantity::length, "meters", 1.0}, {Quantity::length, "cm", 1e-2},
-    {Quantity::length, "mm", 1e-3},
-    {Quantity::velocity, "m s-1", 1.0}, {Quantity::velocity, "m/s", 1.0}, {Quantity::velocity, "m s^-1", 1.0},
-    {Quantity::velocity, "m.s-1", 1.0}, {Quantity::velocity, "cm s-1", 1e-2}, {Quantity::velocity, "cm/s", 1e-2},
-    {Quantity::velocity, "mm s-1", 1e-3}, {Quantity::velocity, "mm/s", 1e-3},
-    {Quantity::pressure, "dbar", 1.0}, {Quantity::pressure, "decibar", 1.0}, {Quantity::pressure, "decibars", 1.0},
-    {Quantity::pressure, "Pa", 1e-4}, {Quantity::pressure, "hPa", 1e-2}, {Quantity::pressure, "mbar", 1e-2},
-    {Quantity::pressure, "kPa", 1e-1}, {Quantity::pressure, "bar", 10.0},
-    {Quantity::duration, "s", 1.0}, {Quantity::duration, "second", 1.0}, {Quantity::duration, "seconds", 1.0},
-    {Quantity::share, "percent", 1.0}, {Quantity::share, "%", 1.0}, {Quantity::share, "1", 100.0},
-    {Quantity::plain, "1", 1.0}, {Quantity::plain, "count", 1.0}, {Quantity::plain, "counts", 1.0},
-    {Quantity::plain, "", 1.0},
-    // clang-format on
-};
+constexpr const char *kTimeUnit = "seconds since 1970-01-01 00:00:00 UTC";
 
-constexpr std::pair<const char *, double> kTimeSteps[] = {
-    {"second", 1.0},       {"seconds", 1.0},       {"sec", 1.0},      {"s", 1.0},
-    {"millisecond", 1e-3}, {"milliseconds", 1e-3}, {"minute", 60.0},  {"minutes", 60.0},
-    {"min", 60.0},         {"hour", 3600.0},       {"hours", 3600.0}, {"h", 3600.0},
-    {"day", 86400.0},      {"days", 86400.0},      {"d", 86400.0},
-};
-
-const char *expectedUnit(Quantity quantity) {
-    for (const Spelling &spelling : kSpellings) {
-        if (spelling.quantity == quantity) {
-            return spelling.text;
-        }
-    }
-    return "";
-}
+// Spellings that instruments' files use and the table of units does not know.
+constexpr std::array<std::pair<const char *, const char *>, 7> kSpellings{{
+    {"counts", "count"},
+    {"deg", "degree"},
+    {"degrees", "degree"},
+    {"decibar", "dbar"},
+    {"decibars", "dbar"},
+    {"hertz", "Hz"},
+    {"m.s-1", "m s-1"},
+}};
 
 std::string trimmed(const std::string &text) {
     const auto first = text.find_first_not_of(" \t");
@@ -67,75 +45,138 @@ std::string trimmed(const std::string &text) {
     return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-// A reference date "Y-M-D" with an optional clock time in UTC; false when it is something else.
-bool parseEpoch(const std::string &text, double &seconds) {
+std::string usualSpelling(const std::string &text) {
+    std::string lower = text;
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    const auto *found = std::find_if(kSpellings.begin(), kSpellings.end(),
+                                     [&](const auto &spelling) { return lower == spelling.first; });
+    return found == kSpellings.end() ? text : found->second;
+}
+
+ut_system *unitSystem() {
+    static const System system = [] {
+        ut_set_error_message_handler(ut_ignore);
+        return System(ut_read_xml(nullptr));
+    }();
+    if (!system) {
+        throw UserError("the table of units cannot be read: install the data of UDUNITS-2, or name "
+                        "its udunits2.xml in the environment variable UDUNITS2_XML_PATH");
+    }
+    return system.get();
+}
+
+Unit parsed(const std::string &text) { return Unit(ut_parse(unitSystem(), text.c_str(), UT_UTF8)); }
+
+// Radians are a mere number to the table of units; here an angle is no number and an angular rate no frequency.
+bool isAngular(const ut_unit *unit) {
+    std::array<char, 256> text{};
+    const int length = ut_format(unit, text.data(), text.size() - 1, UT_ASCII | UT_DEFINITION);
+    return length > 0 && std::string(text.data()).find("rad") != std::string::npos;
+}
+
+// The table of units takes a 13th month for something else than a mistake.
+bool isCalendarDay(const std::string &text) {
     int year = 0;
     unsigned month = 0;
     unsigned day = 0;
-    int used = 0;
-    if (std::sscanf(text.c_str(), "%d-%u-%u%n", &year, &month, &day, &used) != 3) {
-        return false;
+    if (std::sscanf(text.c_str(), "%d-%u-%u", &year, &month, &day) != 3) {
+        return true; // written in another way
     }
-    const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month{month},
-                                           std::chrono::day{day}};
-    if (!date.ok()) {
-        return false;
-    }
-    int hour = 0;
-    int minute = 0;
-    double second = 0.0;
-    std::string rest = text.substr(static_cast<std::size_t>(used));
-    if (!trimmed(rest).empty()) {
-        int usedByClock = 0;
-        const int fields = std::sscanf(rest.c_str(), "%*[ T]%d:%d%n:%lf%n", &hour, &minute,
-                                       &usedByClock, &second, &usedByClock);
-        if (fields < 2) {
-            return false;
-        }
-        rest = trimmed(rest.substr(static_cast<std::size_t>(usedByClock)));
-    }
-    if (!rest.empty() && rest != "Z" && rest != "UTC" && rest != "+00:00" && rest != "0:00" &&
-        rest != "+0:00") {
-        return false;
-    }
-    const auto days = std::chrono::sys_days{date}.time_since_epoch().count();
-    seconds = static_cast<double>(days) * 86400.0 + hour * 3600.0 + minute * 60.0 + second;
-    return true;
+    return std::chrono::year_month_day{std::chrono::year{year}, std::chrono::month{month},
+                                       std::chrono::day{day}}
+        .ok();
 }
+
+// Of counts no share can be told, whatever the whole may be.
+bool isCount(const std::string &text) { return text.rfind("count", 0) == 0; }
 
 } // namespace
 
+const char *unitOf(Quantity quantity) {
+    switch (quantity) {
+    case Quantity::frequency:
+        return "Hz";
+    case Quantity::angle:
+        return "degree";
+    case Quantity::length:
+        return "m";
+    case Quantity::velocity:
+        return "m s-1";
+    case Quantity::pressure:
+        return "dbar";
+    case Quantity::duration:
+        return "s";
+    case Quantity::share:
+        return "percent";
+    case Quantity::plain:
+        break;
+    }
+    return "1";
+}
+
+std::optional<double> unitFactor(const std::string &text, Quantity quantity) {
+    const std::string spelling = usualSpelling(trimmed(text));
+    const Unit unit = parsed(spelling.empty() ? "1" : spelling);
+    const Unit wanted = parsed(unitOf(quantity));
+    if (!unit || isAngular(unit.get()) != (quantity == Quantity::angle) ||
+        (quantity == Quantity::share && (isCount(spelling) || spelling.empty()))) {
+        return std::nullopt;
+    }
+    const Converter converter(ut_get_converter(unit.get(), wanted.get()));
+    // A unit with an origin of its own has no factor.
+    if (!converter || cv_convert_double(converter.get(), 0.0) != 0.0) {
+        return std::nullopt;
+    }
+    return cv_convert_double(converter.get(), 1.0);
+}
+
 double unitFactor(const NcReader &file, const NcVariable &variable, Quantity quantity) {
     const auto units = file.text(&variable, "units");
+    const std::string expected = quantity == Quantity::plain ? "count" : unitOf(quantity);
     if (!units && quantity != Quantity::plain) {
         throw UserError("variable " + variable.name + " in " + file.path() +
-                        " has no units attribute, expected \"" + expectedUnit(quantity) + "\"");
+                        " has no units attribute, expected \"" + expected + "\"");
     }
-    const std::string text = trimmed(units.value_or(""));
-    for (const Spelling &spelling : kSpellings) {
-        if (spelling.quantity == quantity && text == spelling.text) {
-            return spelling.factor;
-        }
+    const auto factor = unitFactor(units.value_or(""), quantity);
+    if (!factor) {
+        throw UserError("variable " + variable.name + " in " + file.path() + " is in \"" +
+                        trimmed(*units) + "\", expected \"" + expected +
+                        "\" or a unit that converts to it");
     }
-    throw UserError("variable " + variable.name + " in " + file.path() + " is in \"" + text +
-                    "\", expected \"" + expectedUnit(quantity) + "\"");
+    return *factor;
+}
+
+std::optional<TimeUnit> timeUnit(const std::string &text) {
+    const auto since = text.find("since ");
+    if (since == std::string::npos || !isCalendarDay(trimmed(text.substr(since + 6)))) {
+        return std::nullopt;
+    }
+    const Unit unit = parsed(trimmed(text));
+    const Unit wanted = parsed(kTimeUnit);
+    if (!unit) {
+        return std::nullopt;
+    }
+    const Converter converter(ut_get_converter(unit.get(), wanted.get()));
+    if (!converter) {
+        return std::nullopt;
+    }
+    TimeUnit result;
+    result.epoch = cv_convert_double(converter.get(), 0.0);
+    // From a great step: the difference of two neighbours would be lost in the digits of the epoch.
+    constexpr double kStep = 1e9;
+    result.scale = (cv_convert_double(converter.get(), kStep) - result.epoch) / kStep;
+    return result;
 }
 
 TimeUnit timeUnit(const NcReader &file, const NcVariable &variable) {
     const std::string text = trimmed(file.text(&variable, "units").value_or(""));
-    const auto since = text.find(" since ");
-    if (since != std::string::npos) {
-        TimeUnit unit;
-        for (const auto &[name, seconds] : kTimeSteps) {
-            if (trimmed(text.substr(0, since)) == name &&
-                parseEpoch(trimmed(text.substr(since + 7)), unit.epoch)) {
-                unit.scale = seconds;
-                return unit;
-            }
-        }
+    const auto unit = timeUnit(text);
+    if (!unit) {
+        throw UserError("variable " + variable.name + " in " + file.path() + " is in \"" + text +
+                        "\", expected \"seconds since 1970-01-01 00:00:00\" or the like");
     }
-    throw UserError("variable " + variable.name + " in " + file.path() + " is in \"" + text +
-                    "\", expected \"seconds since 1970-01-01 00:00:00\" or the like");
+    return *unit;
 }
 
 } // namespace orvik

@@ -1,6 +1,7 @@
 // Units of measurement as files spell them.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "netcdf/nc_file.hpp"
@@ -9,8 +10,15 @@ namespace orvik {
 
 enum class Quantity { frequency, angle, length, velocity, pressure, duration, share, plain };
 
-// Factor that turns a variable's values into Hz, degrees, m, m s-1, dbar, s, percent or 1. Throws UserError, naming file and
-// variable, for a unit of another kind and for a measured quantity without one.
+// The unit of bursts in memory: Hz, degree, m, m s-1, dbar, s, percent, 1.
+const char *unitOf(Quantity quantity);
+
+// Factor that turns values in the unit called `text` into unitOf(quantity); nothing for a unit of another kind.
+// Not safe for several threads, as all of this header.
+std::optional<double> unitFactor(const std::string &text, Quantity quantity);
+
+// The same for a variable's own unit. Throws UserError, naming file and variable, for a unit of another kind and for a
+// measured quantity without one.
 double unitFactor(const NcReader &file, const NcVariable &variable, Quantity quantity);
 
 // Seconds since 1970-01-01 00:00:00 UTC = value * scale + epoch.
@@ -19,7 +27,10 @@ struct TimeUnit {
     double epoch = 0.0;
 };
 
-// From the variable's units, such as "days since 1990-01-01 00:00:00".
+// "days since 1990-01-01 00:00:00" and the like; nothing for anything else.
+std::optional<TimeUnit> timeUnit(const std::string &text);
+
+// From the variable's units.
 TimeUnit timeUnit(const NcReader &file, const NcVariable &variable);
 
 } // namespace orvik

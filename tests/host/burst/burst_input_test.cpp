@@ -273,9 +273,9 @@ TEST_F(BurstInput, WrongUnitIsNamedWithTheExpectedOne) {
     {
         NcSketch file(path);
         base(file, false);
-        file.variable("pressure", {"burst", "sample"}, "psi", {});
+        file.variable("pressure", {"burst", "sample"}, "degree_Celsius", {});
     }
-    expectMessage({"pressure", path, "\"psi\"", "\"dbar\""});
+    expectMessage({"pressure", path, "\"degree_Celsius\"", "\"dbar\""});
 }
 
 TEST_F(BurstInput, MeasuredQuantitiesNeedAUnit) {
