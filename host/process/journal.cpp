@@ -70,11 +70,14 @@ Journal::Journal(const std::string &output, const std::string &identity, bool re
     : output_(output), path_(output + ".unfinished") {
     file_ = open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (file_ < 0) {
-        throw WriteError(fmt::format("cannot write {}: {}", path_, std::strerror(errno)));
+        throw WriteError(
+            fmt::format("cannot create {}: {} (does the directory exist, and may you write there?)",
+                        output, std::strerror(errno)));
     }
     try {
         lock();
         readHeader(identity, resume);
+        begin_ = end_;
         findRows();
     } catch (...) {
         close(file_);
@@ -82,10 +85,12 @@ Journal::Journal(const std::string &output, const std::string &identity, bool re
     }
 }
 
+// Without a single row there is nothing to keep.
 Journal::~Journal() {
-    if (file_ >= 0) {
-        close(file_);
+    if (end_ == begin_) {
+        remove();
     }
+    close(file_);
 }
 
 void Journal::lock() {
@@ -122,7 +127,8 @@ void Journal::readHeader(const std::string &identity, bool resume) {
     const std::string record = framed(header);
     if (ftruncate(file_, 0) != 0 ||
         pwrite(file_, record.data(), record.size(), 0) != static_cast<ssize_t>(record.size())) {
-        throw UserError(
+        unlink(path_.c_str());
+        throw WriteError(
             fmt::format("cannot write {}: {} (is the disk full?)", path_, std::strerror(errno)));
     }
     end_ = record.size();

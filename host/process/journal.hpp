@@ -45,7 +45,8 @@ private:
     std::string output_;
     std::string path_;
     int file_ = -1;
-    std::uint64_t end_ = 0; // of the last whole record
+    std::uint64_t begin_ = 0; // of the first row
+    std::uint64_t end_ = 0;   // of the last whole record
     std::vector<std::uint64_t> offsets_;
 };
 

@@ -1,0 +1,215 @@
+// What happens to long runs: killed, stopped, out of disk, two at once, inputs that go away. The results are the same bytes
+// in the end.
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include "host/burst/scratch_directory.hpp"
+#include "host/commands/program.hpp"
+#include "host/process/running_program.hpp"
+
+namespace {
+
+using orvik::test::contentOf;
+using orvik::test::holds;
+using orvik::test::orvik;
+using orvik::test::Outcome;
+using orvik::test::RunningProgram;
+namespace fs = std::filesystem;
+
+class Survival : public testing::Test {
+protected:
+    ::orvik::test::ScratchDirectory directory;
+    std::string sea = directory.file("sea.nc");
+    std::string result = directory.file("waves.nc");
+    std::string journal = result + ".unfinished";
+    std::string log = directory.file("log");
+
+    void simulate(const std::string &path, const std::string &bursts,
+                  const std::string &start = "2024-11-05") const {
+        ASSERT_EQ(orvik({"simulate", "-o", path, "--bursts", bursts, "--samples", "1024", "--start",
+                         start})
+                      .exitCode,
+                  0);
+    }
+    std::vector<std::string> arguments(std::vector<std::string> more = {}) const {
+        more.insert(more.begin(), {"process", sea, "-o", result});
+        return more;
+    }
+    // The bytes of a run that nothing happened to.
+    std::string undisturbed(const std::vector<std::string> &inputs) const {
+        const std::string path = directory.file("undisturbed.nc");
+        std::vector<std::string> all{"process", "-o", path, "--quiet"};
+        all.insert(all.end(), inputs.begin(), inputs.end());
+        EXPECT_EQ(orvik(all).exitCode, 0);
+        return contentOf(path);
+    }
+    [[nodiscard]] std::size_t journalSize() const {
+        return fs::exists(journal) ? fs::file_size(journal) : 0;
+    }
+    [[nodiscard]] std::size_t leftovers() const {
+        std::size_t count = 0;
+        for (const auto &entry : fs::directory_iterator(fs::path(result).parent_path())) {
+            count += entry.path().extension() == ".part" ? 1 : 0;
+        }
+        return count;
+    }
+};
+
+TEST_F(Survival, TheNumberOfThreadsDoesNotMatter) {
+    simulate(sea, "20");
+    const std::string expected = undisturbed({sea, "--threads", "1"});
+    for (const char *threads : {"2", "3", "16"}) {
+        ASSERT_EQ(orvik(arguments({"--quiet", "--threads", threads})).exitCode, 0);
+        EXPECT_TRUE(contentOf(result) == expected) << threads;
+    }
+}
+
+TEST_F(Survival, KilledAtAnyInstantItGoesOnToTheSameBytes) {
+    simulate(sea, "40");
+    const std::string expected = undisturbed({sea});
+    int kills = 0;
+    for (int wait = 30; !fs::exists(result); wait += 17) {
+        RunningProgram program(arguments({"--resume", "--quiet"}), log);
+        std::this_thread::sleep_for(std::chrono::milliseconds(wait));
+        program.signal(SIGKILL);
+        const int status = program.wait();
+        kills += status == -1 ? 1 : 0;
+        EXPECT_TRUE(status == -1 || status == 0) << contentOf(log);
+    }
+    EXPECT_GE(kills, 2);
+    EXPECT_TRUE(contentOf(result) == expected);
+    EXPECT_FALSE(fs::exists(journal));
+    ASSERT_EQ(orvik(arguments({"--quiet"})).exitCode,
+              0); // and what the killed ones left is swept up
+    EXPECT_EQ(leftovers(), 0U);
+}
+
+TEST_F(Survival, ATornRecordIsDoneAgain) {
+    simulate(sea, "12");
+    const std::string expected = undisturbed({sea});
+    RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 100000; }));
+    program.signal(SIGKILL);
+    program.wait();
+    ASSERT_TRUE(fs::exists(journal));
+    fs::resize_file(journal, journalSize() - 1000);
+    {
+        std::fstream file(journal, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(-5000, std::ios::end);
+        file << "garbage";
+    }
+    ASSERT_EQ(orvik(arguments({"--resume", "--quiet"})).exitCode, 0);
+    EXPECT_TRUE(contentOf(result) == expected);
+}
+
+TEST_F(Survival, StoppedByTheUserItSaysSoAndGoesOn) {
+    simulate(sea, "60");
+    const std::string expected = undisturbed({sea});
+    RunningProgram program(arguments({"--quiet"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 100000; }));
+    program.signal(SIGINT);
+    ASSERT_EQ(program.wait(), 3);
+    EXPECT_TRUE(holds(contentOf(log), "go on with --resume")) << contentOf(log);
+    EXPECT_FALSE(fs::exists(result));
+    EXPECT_EQ(leftovers(), 0U);
+    const Outcome other = orvik(arguments({"--resume", "--quiet", "--method", "3"}));
+    EXPECT_EQ(other.exitCode, 1);
+    EXPECT_TRUE(holds(other.errors, "cannot be resumed"));
+    ASSERT_EQ(orvik(arguments({"--resume", "--quiet"})).exitCode, 0);
+    EXPECT_TRUE(contentOf(result) == expected);
+}
+
+TEST_F(Survival, AFullDiskKeepsWhatIsFinished) {
+    simulate(sea, "20");
+    const std::string expected = undisturbed({sea});
+    const Outcome full = orvik(arguments({"--quiet"}), [] {
+        const rlimit limit{300000, 300000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    });
+    EXPECT_EQ(full.exitCode, 1);
+    EXPECT_TRUE(holds(full.errors, "is the disk full?")) << full.errors;
+    EXPECT_FALSE(fs::exists(result));
+    EXPECT_GT(journalSize(), 100000U);
+    EXPECT_EQ(leftovers(), 0U);
+    ASSERT_EQ(orvik(arguments({"--resume", "--quiet"})).exitCode, 0);
+    EXPECT_TRUE(contentOf(result) == expected);
+}
+
+TEST_F(Survival, TwoRunsDoNotWriteTheSameOutput) {
+    simulate(sea, "200");
+    RunningProgram first(arguments({"--quiet", "--threads", "1"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 0; }));
+    const Outcome second = orvik(arguments({"--quiet"}));
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_TRUE(holds(second.errors, "another run")) << second.errors;
+    EXPECT_EQ(first.wait(), 0) << contentOf(log);
+}
+
+TEST_F(Survival, AnInputThatVanishesCanComeBack) {
+    const std::string folder = directory.file("deployment");
+    fs::create_directory(folder);
+    simulate(folder + "/a.nc", "30", "2024-11-05");
+    simulate(folder + "/b.nc", "30", "2024-11-10");
+    simulate(folder + "/c.nc", "30", "2024-11-15");
+    const std::string expected = undisturbed({folder});
+    RunningProgram program({"process", folder, "-o", result, "--quiet", "--threads", "1"}, log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 50000; }));
+    fs::rename(folder + "/c.nc", directory.file("away.nc"));
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_TRUE(holds(contentOf(log), "c.nc is no longer there")) << contentOf(log);
+    EXPECT_FALSE(fs::exists(result));
+    fs::rename(directory.file("away.nc"), folder + "/c.nc");
+    const Outcome outcome = orvik({"process", folder, "-o", result, "--quiet", "--resume"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_TRUE(contentOf(result) == expected);
+}
+
+TEST_F(Survival, TruncatedAndCorruptInputs) {
+    simulate(sea, "10");
+    const std::string whole = contentOf(sea);
+    fs::resize_file(sea, whole.size() / 2);
+    const Outcome truncated = orvik(arguments({"--quiet"}));
+    EXPECT_EQ(truncated.exitCode, 1);
+    EXPECT_TRUE(holds(truncated.errors, sea)) << truncated.errors;
+    EXPECT_FALSE(fs::exists(result));
+    std::string damaged = whole;
+    for (std::size_t i = whole.size() * 2 / 3; i < whole.size() * 2 / 3 + 20000; ++i) {
+        damaged[i] = static_cast<char>(damaged[i] ^ 0x5A);
+    }
+    std::ofstream(sea, std::ios::binary) << damaged;
+    const Outcome corrupt = orvik(arguments({"--quiet"}));
+    // Either the file cannot be opened, or single bursts are bad and the others come out.
+    EXPECT_TRUE(corrupt.exitCode == 1 ||
+                (corrupt.exitCode == 0 && holds(corrupt.errors, "has no results")))
+        << corrupt.exitCode << corrupt.errors;
+}
+
+TEST_F(Survival, ADryRunWritesNothing) {
+    simulate(sea, "2");
+    const Outcome outcome = orvik(arguments({"--dry-run"}));
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(holds(outcome.output, "method      4, chosen by what the files hold"))
+        << outcome.output;
+    EXPECT_FALSE(fs::exists(result));
+    EXPECT_FALSE(fs::exists(journal));
+}
+
+TEST_F(Survival, ProgressIsPlainLinesElsewhereThanOnATerminal) {
+    simulate(sea, "201"); // longer than the longest table
+    const Outcome outcome = orvik(arguments());
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_TRUE(holds(outcome.errors, "orvik: 20 of 201 bursts, "));
+    EXPECT_TRUE(holds(outcome.errors, " a second, "));
+    EXPECT_EQ(outcome.errors.find('\r'), std::string::npos);
+    EXPECT_TRUE(holds(outcome.output, "errors against the truth"));
+    const Outcome quiet = orvik(arguments({"--quiet"}));
+    EXPECT_TRUE(quiet.errors.empty()) << quiet.errors;
+    EXPECT_TRUE(quiet.output.empty()) << quiet.output;
+}
+
+} // namespace
