@@ -39,6 +39,8 @@ public:
     [[nodiscard]] std::optional<std::size_t> dimensionLength(const std::string &name) const;
     [[nodiscard]] std::vector<NcVariable> variables() const;
     [[nodiscard]] std::optional<NcVariable> find(const std::string &name) const;
+    // Names of the file's own attributes, in their order.
+    [[nodiscard]] std::vector<std::string> attributeNames() const;
     // Attribute of a variable, or of the file when `variable` is null.
     [[nodiscard]] std::optional<std::string> text(const NcVariable *variable,
                                                   const std::string &attribute) const;
@@ -51,6 +53,9 @@ public:
                                            const std::vector<std::size_t> &start,
                                            const std::vector<std::size_t> &count) const;
     [[nodiscard]] std::vector<double> readAll(const NcVariable &variable) const;
+    // One text of a variable of type NC_STRING.
+    [[nodiscard]] std::string readText(const NcVariable &variable,
+                                       const std::vector<std::size_t> &start) const;
 
 private:
     [[nodiscard]] std::vector<double> markers(const NcVariable &variable) const;
@@ -74,11 +79,13 @@ public:
 
     int addDimension(const std::string &name, std::size_t length); // length NC_UNLIMITED grows
     [[nodiscard]] int dimension(const std::string &name) const;    // one added before
-    // Floating-point variables get the fill value NaN, integer ones none. Variables with dimensions are deflated.
+    // Floating-point variables get the fill value NaN, integer ones none. Variables of numbers with dimensions are
+    // deflated.
     int addVariable(const std::string &name, nc_type type, const std::vector<int> &dimensions,
                     const Attributes &attributes);
     void setFill(int variable, unsigned short value);
     void setFill(int variable, short value);
+    void setFill(int variable, int value);
     void setText(int variable, const std::string &attribute,
                  const std::string &value); // NC_GLOBAL: the file
     void setNumber(int variable, const std::string &attribute, double value);
@@ -94,6 +101,7 @@ public:
     void write(int variable, const std::vector<std::size_t> &start,
                const std::vector<std::size_t> &count, const std::vector<short> &values);
     void write(int variable, const std::vector<std::size_t> &start, double value);
+    void write(int variable, const std::vector<std::size_t> &start, const std::string &value);
     void writeScalar(int variable, double value) { write(variable, {}, value); }
 
     // Puts a copy of what was written so far under the file's own name and goes on.

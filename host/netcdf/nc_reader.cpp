@@ -95,6 +95,18 @@ std::optional<NcVariable> NcReader::find(const std::string &name) const {
     return describe(id);
 }
 
+std::vector<std::string> NcReader::attributeNames() const {
+    int count = 0;
+    check(nc_inq_natts(id_, &count), "the attributes");
+    std::vector<std::string> names;
+    for (int i = 0; i < count; ++i) {
+        char name[NC_MAX_NAME + 1] = {};
+        check(nc_inq_attname(id_, NC_GLOBAL, i, name), "the attributes");
+        names.emplace_back(name);
+    }
+    return names;
+}
+
 std::optional<std::string> NcReader::text(const NcVariable *variable,
                                           const std::string &attribute) const {
     const int id = variable != nullptr ? variable->id : NC_GLOBAL;
@@ -191,6 +203,15 @@ std::vector<double> NcReader::readAll(const NcVariable &variable) const {
         count.push_back(dimension.length);
     }
     return read(variable, std::vector<std::size_t>(count.size(), 0), count);
+}
+
+std::string NcReader::readText(const NcVariable &variable,
+                               const std::vector<std::size_t> &start) const {
+    char *value = nullptr;
+    check(nc_get_var1_string(id_, variable.id, start.data(), &value), "variable " + variable.name);
+    std::string text = value != nullptr ? value : "";
+    nc_free_string(1, &value);
+    return text;
 }
 
 } // namespace orvik

@@ -36,10 +36,12 @@ std::string temporaryName(const std::string &path) {
 std::optional<pid_t> ownerOfPart(const std::string &name, const std::string &target) {
     const std::string before = "." + target + ".";
     const std::string after = ".part";
-    if (!name.starts_with(before) || !name.ends_with(after) || name.size() <= before.size() + after.size()) {
+    if (!name.starts_with(before) || !name.ends_with(after) ||
+        name.size() <= before.size() + after.size()) {
         return std::nullopt;
     }
-    const std::string number = name.substr(before.size(), name.size() - before.size() - after.size());
+    const std::string number =
+        name.substr(before.size(), name.size() - before.size() - after.size());
     pid_t owner = 0;
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), owner);
     const bool whole = error == std::errc{} && end == number.data() + number.size();
@@ -49,10 +51,12 @@ std::optional<pid_t> ownerOfPart(const std::string &name, const std::string &tar
 // A program that was killed could not take its part file with it.
 void removeAbandonedParts(const std::string &path) {
     const std::filesystem::path target(path);
-    const auto folder = target.has_parent_path() ? target.parent_path() : std::filesystem::path(".");
+    const auto folder =
+        target.has_parent_path() ? target.parent_path() : std::filesystem::path(".");
     std::error_code error;
     for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
-        const auto owner = ownerOfPart(entry.path().filename().string(), target.filename().string());
+        const auto owner =
+            ownerOfPart(entry.path().filename().string(), target.filename().string());
         if (owner && kill(*owner, 0) != 0 && errno == ESRCH) {
             std::error_code ignored;
             std::filesystem::remove(entry.path(), ignored);
@@ -70,14 +74,14 @@ bool isDirectory(const std::string &path) {
 NcWriter::NcWriter(const std::string &path) : path_(path), temporaryPath_(temporaryName(path)) {
     if (path.empty() || isDirectory(path)) {
         throw WriteError(path.empty() ? "an output file needs a name"
-                                     : "cannot write " + path + ": it is a directory");
+                                      : "cannot write " + path + ": it is a directory");
     }
     removeAbandonedParts(path);
     const int status = nc_create(temporaryPath_.c_str(), NC_NETCDF4 | NC_CLOBBER, &id_);
     if (status != NC_NOERR) {
         std::remove(temporaryPath_.c_str());
         throw WriteError("cannot create " + path + ": " + nc_strerror(status) +
-                        " (does the directory exist, and may you write there?)");
+                         " (does the directory exist, and may you write there?)");
     }
     open_ = true;
 }
@@ -94,7 +98,7 @@ NcWriter::~NcWriter() {
 void NcWriter::check(int status, const std::string &what) const {
     if (status != NC_NOERR) {
         throw WriteError("cannot write " + what + " to " + path_ + ": " + nc_strerror(status) +
-                        " (is the disk full?)");
+                         " (is the disk full?)");
     }
 }
 
@@ -127,7 +131,7 @@ int NcWriter::addVariable(const std::string &name, nc_type type, const std::vect
     check(nc_def_var(id_, name.c_str(), type, static_cast<int>(dimensions.size()),
                      dimensions.data(), &variable),
           "variable " + name);
-    if (!dimensions.empty()) {
+    if (!dimensions.empty() && type != NC_STRING) {
         check(nc_def_var_deflate(id_, variable, 1, 1, kDeflateLevel), "variable " + name);
     }
     if (type == NC_FLOAT) {
@@ -148,6 +152,10 @@ void NcWriter::setFill(int variable, unsigned short value) {
 }
 
 void NcWriter::setFill(int variable, short value) {
+    check(nc_def_var_fill(id_, variable, NC_FILL, &value), "a fill value");
+}
+
+void NcWriter::setFill(int variable, int value) {
     check(nc_def_var_fill(id_, variable, NC_FILL, &value), "a fill value");
 }
 
@@ -199,11 +207,18 @@ void NcWriter::write(int variable, const std::vector<std::size_t> &start, double
     check(nc_put_var1_double(id_, variable, start.data(), &value), "data");
 }
 
+void NcWriter::write(int variable, const std::vector<std::size_t> &start,
+                     const std::string &value) {
+    const char *text = value.c_str();
+    check(nc_put_var1_string(id_, variable, start.data(), &text), "data");
+}
+
 void NcWriter::publish() {
     check(nc_sync(id_), "data");
     const std::string copy = temporaryPath_ + ".copy";
     std::error_code error;
-    std::filesystem::copy_file(temporaryPath_, copy, std::filesystem::copy_options::overwrite_existing, error);
+    std::filesystem::copy_file(temporaryPath_, copy,
+                               std::filesystem::copy_options::overwrite_existing, error);
     if (!error) {
         std::filesystem::rename(copy, path_, error);
     }
@@ -219,7 +234,7 @@ void NcWriter::commit() {
     check(nc_close(id_), "data");
     if (std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
         throw WriteError("cannot give the finished file its name " + path_ + ": " +
-                        std::strerror(errno));
+                         std::strerror(errno));
     }
     temporaryPath_.clear();
 }

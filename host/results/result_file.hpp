@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "burst/burst.hpp"
+#include "results/burst_facts.hpp"
 #include "results/quality_words.hpp"
 #include "run/burst_runner.hpp"
 
@@ -20,6 +21,7 @@ double present(float value);
 struct ResultRow {
     double startTime = kUnknown; // [s since 1970-01-01 00:00:00 UTC]
     std::size_t burst = 0;       // place in the burst file, from 0
+    BurstFacts facts;
     BurstResult result;
     std::optional<Truth> truth;
 };
@@ -31,6 +33,8 @@ struct ResultLayout {
     bool comingFrom = true;
     bool hasTruth = false;
     double pressureHeight = 0.0; // [m] above the bed
+    double longitude = kUnknown; // [degrees east]
+    double latitude = kUnknown;  // [degrees north]
     std::map<std::string, std::string> attributes;
 };
 

@@ -1,0 +1,34 @@
+#include "results/spectrum_tail.hpp"
+
+#include <cmath>
+
+namespace orvik {
+
+namespace {
+
+constexpr double kTailExponent = 4.5;
+constexpr double kSameLevel =
+    1e-5; // single precision, with what its rounding of frequencies makes of f^4.5
+
+} // namespace
+
+std::optional<std::size_t> lastMeasuredBin(std::span<const float> density,
+                                           std::span<const double> frequencies) {
+    if (density.empty() || density.size() != frequencies.size()) {
+        return std::nullopt;
+    }
+    const auto level = [&](std::size_t bin) {
+        return static_cast<double>(density[bin]) * std::pow(frequencies[bin], kTailExponent);
+    };
+    std::size_t bin = density.size() - 1;
+    const double tail = level(bin);
+    if (!(tail > 0.0)) {
+        return std::nullopt;
+    }
+    while (bin > 0 && std::abs(level(bin - 1) - tail) <= kSameLevel * tail) {
+        --bin;
+    }
+    return bin + 1 < density.size() ? std::optional(bin) : std::nullopt;
+}
+
+} // namespace orvik
