@@ -38,33 +38,24 @@ double meanAngle(const std::vector<double> &angles) {
     return east == 0.0 && north == 0.0 ? kUnknown : std::atan2(east, north) / kRadiansPerDegree;
 }
 
-// For a sensor whose zero is not known; missing values stay out of it.
-void shiftToMean(std::vector<float> &series, double mean) {
-    double sum = 0.0;
-    std::size_t count = 0;
-    for (const float value : series) {
-        if (std::isfinite(value)) {
-            sum += static_cast<double>(value);
-            ++count;
-        }
-    }
-    const double shift = count > 0 ? mean - sum / static_cast<double>(count) : 0.0;
-    for (float &value : series) {
-        value = static_cast<float>(static_cast<double>(value) + shift);
-    }
-}
-
 } // namespace
 
 struct BurstFileReader::Impl {
     Impl(const std::string &path, const Overrides &userValues, VelocitySystem theSystem)
         : file(path), overrides(userValues), wantedSystem(theSystem) {
         checkOverrides(overrides);
+        for (const char *name : {"velocity_cell", "simultaneous_sampling"}) {
+            if (overrides.count(name) != 0) {
+                throw UsageError(std::string("--set ") + name + " is not for burst files: " + path +
+                                 " tells it by its layout");
+            }
+        }
+        known = factsOfBurstFile(file);
         findBursts();
         if (holdsProfiles(file)) {
             findProfiles();
         } else {
-            instrument = readInstrument(file, overrides);
+            instrument = readInstrument(facts());
             findVelocity();
         }
         findSeries();
@@ -75,6 +66,7 @@ struct BurstFileReader::Impl {
         }
     }
 
+    [[nodiscard]] FactSources facts() const { return {known, overrides, file.path()}; }
     void findBursts();
     void findSeries();
     void findVelocity();
@@ -93,6 +85,7 @@ struct BurstFileReader::Impl {
 
     NcReader file;
     Overrides overrides;
+    KnownFacts known;
     Instrument instrument;
     std::string burstDimension;
     std::size_t bursts = 0;
@@ -206,14 +199,14 @@ void BurstFileReader::Impl::findVelocity() {
         throw UserError(file.path() + " has no velocities in the wanted system");
     }
     if (system != VelocitySystem::none && !std::isfinite(instrument.cellRange)) {
-        throw UserError(missingText("cell_range", file.path()));
+        throw MissingFact("cell_range", file.path());
     }
 }
 
 void BurstFileReader::Impl::findProfiles() {
     profiles.emplace(file, burstDimension, wantedSystem);
     system = profiles->system();
-    instrument = readProfileInstrument(file, overrides, profiles->beams(), profiles->cells());
+    instrument = readProfileInstrument(facts(), profiles->beams(), profiles->cells());
 }
 
 // A profile instrument tracks the surface once a sample, a point instrument twice.
@@ -330,6 +323,8 @@ VelocitySystem BurstFileReader::velocitySystem() const { return impl_->system; }
 
 std::vector<std::string> BurstFileReader::files() const { return {impl_->file.path()}; }
 
+KnownFacts BurstFileReader::knownFacts() const { return impl_->known; }
+
 bool BurstFileReader::hasTrack() const { return impl_->track.has_value(); }
 
 bool BurstFileReader::hasTruth() const {
@@ -340,15 +335,15 @@ bool BurstFileReader::hasTruth() const {
 void BurstFileReader::requireAttitude() const {
     for (std::size_t i = 0; i < kAttitude.size(); ++i) {
         if (!impl_->attitude[i] && impl_->overrides.count(kAttitude[i]) == 0) {
-            throw UserError(missingText(kAttitude[i], impl_->file.path()));
+            throw MissingFact(kAttitude[i], impl_->file.path());
         }
     }
 }
 
 void BurstFileReader::requireBeams() const {
     if (!impl_->instrument.beamToXyz && impl_->instrument.beamAzimuth.empty()) {
-        throw UserError(missingText("beam_to_xyz", impl_->file.path()) +
-                        ", or the azimuths with --set beam_azimuth");
+        throw MissingFact("beam_to_xyz", impl_->file.path(),
+                          ", or the azimuths with --set beam_azimuth");
     }
 }
 
@@ -377,9 +372,7 @@ Burst BurstFileReader::readBurst(std::size_t index) const {
         }
     }
     burst.pressure = impl.readSeries(*impl.pressure, index);
-    if (const auto mean = overrideNumbers(impl.overrides, "pressure_mean")) {
-        shiftToMean(burst.pressure, mean->front());
-    }
+    correctPressure(impl.facts(), burst.pressure);
     if (impl.profiles) {
         burst.velocitySystem = impl.system;
         burst.profile = impl.profiles->read(index);

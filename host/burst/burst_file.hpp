@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "burst/burst_source.hpp"
+#include "burst/fact_table.hpp"
 
 namespace orvik {
 
@@ -38,9 +39,6 @@ inline constexpr std::array<TruthVariable, 9> kTruthVariables{{
     {"true_water_depth", "m", "mean water depth", &Truth::waterDepth},
 }};
 
-// Values that the user gives for what a file lacks, by the file's variable names ("cell_range" -> "7.4").
-using Overrides = std::map<std::string, std::string>;
-
 class BurstFileReader : public BurstSource {
 public:
     // Throws orvik::UserError, naming file and variable, when the file cannot be used.
@@ -64,6 +62,7 @@ public:
     [[nodiscard]] std::optional<Truth> readTruth(std::size_t index) const override;
     [[nodiscard]] double startTime(std::size_t index) const override;
     [[nodiscard]] std::vector<std::string> files() const override;
+    [[nodiscard]] KnownFacts knownFacts() const override;
 
 private:
     struct Impl;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "burst/burst.hpp"
+#include "burst/fact_table.hpp"
 
 namespace orvik {
 
@@ -33,6 +34,8 @@ public:
     }
     // The files that it reads, in order.
     [[nodiscard]] virtual std::vector<std::string> files() const = 0;
+    // What the data themselves tell of the instrument.
+    [[nodiscard]] virtual KnownFacts knownFacts() const { return {}; }
     // What a user should know of how the data were taken, one sentence each.
     [[nodiscard]] virtual std::vector<std::string> notes() const { return {}; }
 };

@@ -1,7 +1,6 @@
 #include "burst/instrument_facts.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 #include "burst/column.hpp"
@@ -13,105 +12,19 @@ namespace orvik {
 
 namespace {
 
-struct Fact {
-    const char *name;
-    Quantity quantity;
-    std::size_t count;        // numbers that --set takes
-    const char *placeholder;  // what an error message asks for
-    std::size_t most = count; // for facts that may have more
-
-    [[nodiscard]] bool takes(std::size_t numbers) const {
-        return numbers >= count && numbers <= most;
-    }
-};
-
-constexpr Fact kFacts[] = {
-    {"sampling_rate", Quantity::frequency, 1, "HERTZ"},
-    {"surface_track_sampling_rate", Quantity::frequency, 1, "HERTZ"},
-    {"acoustic_frequency", Quantity::frequency, 1, "HERTZ"},
-    {"instrument_type", Quantity::plain, 1, "CODE"},
-    {"beam_slant_angle", Quantity::angle, 1, "DEGREES"},
-    {"beam_azimuth", Quantity::angle, 3, "DEGREES,DEGREES,DEGREES", 4},
-    {"beam_to_xyz", Quantity::plain, 9, "NINE,NUMBERS,ROW,BY,ROW..."},
-    {"cell_range", Quantity::length, 1, "METRES"},
-    {"cell_size", Quantity::length, 1, "METRES"},
-    {"velocity_height_above_bed", Quantity::length, 1, "METRES"},
-    {"blanking_distance", Quantity::length, 1, "METRES"},
-    {"surface_track_time_offset", Quantity::duration, 1, "SECONDS"},
-    {"ambiguity_velocity", Quantity::velocity, 1, "METRES_PER_SECOND"},
-    {"pings_per_sample", Quantity::plain, 1, "COUNT"},
-    {"pressure_sensor_height_above_bed", Quantity::length, 1, "METRES"},
-    {"magnetic_declination", Quantity::angle, 1, "DEGREES"},
-    {"longitude", Quantity::angle, 1, "DEGREES_EAST"},
-    {"latitude", Quantity::angle, 1, "DEGREES_NORTH"},
-    {"heading", Quantity::angle, 1, "DEGREES"},
-    {"pitch", Quantity::angle, 1, "DEGREES"},
-    {"roll", Quantity::angle, 1, "DEGREES"},
-    {"roll_offset", Quantity::angle, 1, "DEGREES"},
-    {"pressure_mean", Quantity::pressure, 1, "DECIBAR"},
-    {"time", Quantity::duration, 1, "SECONDS_SINCE_1970"},
-};
-
-const Fact *findFact(const std::string &name) {
-    const auto *fact = std::find_if(std::begin(kFacts), std::end(kFacts),
-                                    [&](const Fact &candidate) { return candidate.name == name; });
-    return fact == std::end(kFacts) ? nullptr : fact;
-}
-
-std::string countText(const Fact &fact) {
-    const std::string least = std::to_string(fact.count);
-    return fact.most == fact.count ? least : least + " to " + std::to_string(fact.most);
-}
-
-double parseNumber(const std::string &name, const std::string &text) {
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value)) {
-        throw UsageError("--set " + name + ": \"" + text + "\" is not a number");
-    }
-    return value;
-}
-
-std::vector<double> parseNumbers(const std::string &name, const std::string &text) {
-    std::vector<double> values;
-    std::size_t begin = 0;
-    while (begin <= text.size()) {
-        const std::size_t end = std::min(text.find(',', begin), text.size());
-        values.push_back(parseNumber(name, text.substr(begin, end - begin)));
-        begin = end + 1;
-    }
-    return values;
-}
-
-class FactSource {
+class FactReader {
 public:
-    FactSource(const NcReader &file, const Overrides &overrides)
-        : file_(file), overrides_(overrides) {}
+    explicit FactReader(const FactSources &sources) : sources_(sources) {}
 
-    // The user's value, else the file's in the unit of burst files, else nothing.
+    // The user's value, else that of the data, else nothing.
     [[nodiscard]] std::optional<std::vector<double>> numbers(const std::string &name) const {
-        if (auto given = overrideNumbers(overrides_, name)) {
+        if (auto given = overrideNumbers(sources_.overrides, name)) {
             return given;
         }
-        const auto variable = file_.find(name);
-        if (!variable) {
-            return std::nullopt;
-        }
-        const Fact &fact = *findFact(name);
-        if (!fact.takes(variable->size())) {
-            throw UserError("variable " + name + " in " + file_.path() + " has the dimensions " +
-                            variable->shapeText() + " and " + std::to_string(variable->size()) +
-                            " values, expected " + countText(fact));
-        }
-        const double factor = unitFactor(file_, *variable, fact.quantity);
-        std::vector<double> values = file_.readAll(*variable);
-        for (double &value : values) {
-            value *= factor;
-            if (!std::isfinite(value)) {
-                return std::nullopt;
-            }
-        }
-        return values;
+        const auto found = sources_.known.find(name);
+        return found == sources_.known.end()
+                   ? std::nullopt
+                   : std::optional<std::vector<double>>(found->second.values);
     }
 
     // Keeps the value that `target` has when nobody tells one.
@@ -128,6 +41,14 @@ public:
         }
     }
 
+    void within(const std::string &name, int limit, double &target) const {
+        number(name, target);
+        if (std::abs(target) > limit) {
+            throw UserError(name + where(name) + " must lie between -" + std::to_string(limit) +
+                            " and " + std::to_string(limit) + " degrees");
+        }
+    }
+
     [[nodiscard]] int whole(const std::string &name, int fallback, int least, int most) const {
         double value = fallback;
         number(name, value);
@@ -139,126 +60,132 @@ public:
     }
 
     [[nodiscard]] std::string where(const std::string &name) const {
-        return overrides_.count(name) != 0 ? " (given with --set)" : " in " + file_.path();
+        return sources_.overrides.count(name) != 0 ? " (given with --set)" : " in " + sources_.path;
     }
 
+    [[nodiscard]] const std::string &path() const { return sources_.path; }
+
 private:
-    const NcReader &file_;
-    const Overrides &overrides_;
+    const FactSources &sources_;
 };
 
 // Files may keep the matrix by columns; its dimensions say so.
-std::array<double, 9> matrixByRows(const std::vector<double> &values, bool transposed) {
-    std::array<double, 9> matrix{};
+std::vector<double> matrixByRows(const NcVariable &variable, const std::vector<double> &values) {
+    if (variable.axis("beam") != 0 || variable.axis("xyz") != 1) {
+        return values;
+    }
+    std::vector<double> matrix(9);
     for (std::size_t row = 0; row < 3; ++row) {
         for (std::size_t column = 0; column < 3; ++column) {
-            matrix[3 * row + column] = values[transposed ? 3 * column + row : 3 * row + column];
+            matrix[3 * row + column] = values[3 * column + row];
         }
     }
     return matrix;
 }
 
-void readBeams(const FactSource &source, const NcReader &file, const Overrides &overrides,
-               Instrument &instrument) {
-    source.number("beam_slant_angle", instrument.slantAngle);
+// A file may keep a position for each burst, which is none of the whole deployment.
+bool isPlace(const std::string &name) { return name == "longitude" || name == "latitude"; }
+
+std::optional<std::vector<double>> factOfBurstFile(const NcReader &file, const Fact &fact) {
+    const auto variable = file.find(fact.name);
+    if (!variable || (isPlace(fact.name) && variable->size() != 1)) {
+        return std::nullopt;
+    }
+    if (!fact.takes(variable->size())) {
+        throw UserError("variable " + variable->name + " in " + file.path() +
+                        " has the dimensions " + variable->shapeText() + " and " +
+                        std::to_string(variable->size()) + " values, expected " + countText(fact));
+    }
+    const double factor = unitFactor(file, *variable, fact.quantity);
+    std::vector<double> values = file.readAll(*variable);
+    for (double &value : values) {
+        value *= factor;
+        if (!std::isfinite(value)) {
+            return std::nullopt;
+        }
+    }
+    return values.size() == 9 ? matrixByRows(*variable, values) : values;
+}
+
+void readBeams(const FactReader &reader, Instrument &instrument) {
+    reader.number("beam_slant_angle", instrument.slantAngle);
     if (instrument.slantAngle <= 0.0 || instrument.slantAngle >= 90.0) {
-        throw UserError("beam_slant_angle" + source.where("beam_slant_angle") +
+        throw UserError("beam_slant_angle" + reader.where("beam_slant_angle") +
                         " must lie between 0 and 90 degrees");
     }
-    if (const auto azimuths = source.numbers("beam_azimuth")) {
+    if (const auto azimuths = reader.numbers("beam_azimuth")) {
         instrument.beamAzimuth = *azimuths;
     }
-    if (instrument.beams != 3) {
-        return; // of four beams azimuths and slant say everything
-    }
-    if (const auto values = source.numbers("beam_to_xyz")) {
-        const auto variable = file.find("beam_to_xyz");
-        const bool fromFile = overrides.count("beam_to_xyz") == 0;
-        const bool transposed =
-            fromFile && variable->axis("beam") == 0 && variable->axis("xyz") == 1;
-        instrument.beamToXyz = matrixByRows(*values, transposed);
+    const auto matrix = reader.numbers("beam_to_xyz");
+    if (matrix && instrument.beams == 3) { // of four beams azimuths and slant say everything
+        instrument.beamToXyz.emplace();
+        std::copy(matrix->begin(), matrix->end(), instrument.beamToXyz->begin());
     }
 }
 
 // The range to the measurement cell, directly or from the heights of cell and head above the bed.
-void readCell(const FactSource &source, Instrument &instrument) {
+void readCell(const FactReader &reader, Instrument &instrument) {
     double height = kUnknown;
-    source.number("velocity_height_above_bed", height);
+    reader.number("velocity_height_above_bed", height);
     if (std::isfinite(height)) {
         const double slant = instrument.slantAngle * kRadiansPerDegree;
         instrument.cellRange = (height - instrument.pressureHeight) / std::cos(slant);
     }
-    source.positive("cell_range", instrument.cellRange);
-    source.positive("cell_size", instrument.cellSize);
-}
-
-// Where the instrument stands. Files that keep a position for each burst tell none that holds for all.
-void readPlace(const FactSource &source, const NcReader &file, const Overrides &overrides,
-               Instrument &instrument) {
-    const auto read = [&](const char *name, double limit, double &target) {
-        const auto variable = file.find(name);
-        if (overrides.count(name) == 0 && (!variable || variable->size() != 1)) {
-            return;
-        }
-        source.number(name, target);
-        if (std::abs(target) > limit) {
-            throw UserError(name + source.where(name) + " must lie between -" +
-                            std::to_string(static_cast<int>(limit)) + " and " +
-                            std::to_string(static_cast<int>(limit)) + " degrees");
-        }
-    };
-    read("longitude", 360.0, instrument.longitude);
-    read("latitude", 90.0, instrument.latitude);
+    reader.positive("cell_range", instrument.cellRange);
+    reader.positive("cell_size", instrument.cellSize);
 }
 
 // What point and profile instruments have in common.
-Instrument readCommon(const FactSource &source, const NcReader &file, const Overrides &overrides) {
+Instrument readCommon(const FactReader &reader) {
     Instrument instrument;
-    source.positive("sampling_rate", instrument.samplingRate);
+    reader.positive("sampling_rate", instrument.samplingRate);
     if (!std::isfinite(instrument.samplingRate)) {
-        throw UserError(missingText("sampling_rate", file.path()));
+        throw MissingFact("sampling_rate", reader.path());
     }
-    source.positive("acoustic_frequency", instrument.acousticFrequency);
+    reader.positive("acoustic_frequency", instrument.acousticFrequency);
     instrument.pingsPerSample = static_cast<unsigned>(
-        source.whole("pings_per_sample", static_cast<int>(instrument.pingsPerSample), 1, 1000000));
-    source.number("pressure_sensor_height_above_bed", instrument.pressureHeight);
-    source.number("magnetic_declination", instrument.declination);
-    source.number("roll_offset", instrument.rollOffset);
-    readPlace(source, file, overrides, instrument);
+        reader.whole("pings_per_sample", static_cast<int>(instrument.pingsPerSample), 1, 1000000));
+    reader.number("pressure_sensor_height_above_bed", instrument.pressureHeight);
+    reader.number("magnetic_declination", instrument.declination);
+    reader.number("roll_offset", instrument.rollOffset);
+    reader.within("longitude", 360, instrument.longitude);
+    reader.within("latitude", 90, instrument.latitude);
     return instrument;
 }
 
 // The heights of the cells, from the blanking distance or from their own list, which must be evenly spaced.
-void readCells(const FactSource &source, const NcReader &file, Instrument &instrument) {
+void readCells(const FactReader &reader, Instrument &instrument) {
     constexpr double kSame = 0.001; // [m]
     ProfileFacts &profile = *instrument.profile;
-    source.positive("cell_size", instrument.cellSize);
+    reader.positive("cell_size", instrument.cellSize);
+    const auto distances = reader.numbers("cell_distance");
+    if (!std::isfinite(instrument.cellSize) && distances && distances->size() > 1) {
+        instrument.cellSize =
+            (distances->back() - distances->front()) / static_cast<double>(distances->size() - 1);
+    }
     if (!std::isfinite(instrument.cellSize)) {
-        throw UserError(missingText("cell_size", file.path()));
+        throw MissingFact("cell_size", reader.path());
     }
-    source.number("blanking_distance", profile.blanking);
-    const auto variable = file.find("cell_distance");
-    if (!variable) {
-        return;
+    const auto blanking = reader.numbers("blanking_distance");
+    if (blanking) {
+        profile.blanking = blanking->front();
+    } else if (distances) {
+        profile.blanking = distances->front() - instrument.cellSize;
     }
-    requireShape(file, *variable, {"cell"});
-    const double factor = unitFactor(file, *variable, Quantity::length);
-    const std::vector<double> distances = file.readAll(*variable);
-    for (std::size_t c = 0; c < distances.size(); ++c) {
-        const double told = distances[c] * factor;
+    for (std::size_t c = 0; distances && c < distances->size(); ++c) {
         const double expected = profile.blanking + static_cast<double>(c + 1) * instrument.cellSize;
-        if (!(std::abs(told - expected) < kSame)) {
-            throw UserError("cell_distance in " + file.path() + ": cell " + std::to_string(c) +
-                            " is " + std::to_string(told) +
+        if (!(std::abs((*distances)[c] - expected) < kSame)) {
+            throw UserError("cell_distance in " + reader.path() + ": cell " + std::to_string(c) +
+                            " is " + std::to_string((*distances)[c]) +
                             " m from the head; with blanking_distance and cell_size it is " +
                             std::to_string(expected) + " m: correct these with --set");
         }
     }
 }
 
-void checkBeams(const FactSource &source, const Instrument &instrument) {
+void checkBeams(const FactReader &reader, const Instrument &instrument) {
     if (!instrument.beamAzimuth.empty() && instrument.beamAzimuth.size() != instrument.beams) {
-        throw UserError("beam_azimuth" + source.where("beam_azimuth") + " has " +
+        throw UserError("beam_azimuth" + reader.where("beam_azimuth") + " has " +
                         std::to_string(instrument.beamAzimuth.size()) +
                         " angles, the instrument has " + std::to_string(instrument.beams) +
                         " beams");
@@ -267,81 +194,94 @@ void checkBeams(const FactSource &source, const Instrument &instrument) {
 
 constexpr int kProfileType = 16;
 
+// For a sensor whose zero is not known; missing values stay out of it.
+void shiftToMean(std::vector<float> &series, double mean) {
+    double sum = 0.0;
+    std::size_t count = 0;
+    for (const float value : series) {
+        if (std::isfinite(value)) {
+            sum += static_cast<double>(value);
+            ++count;
+        }
+    }
+    const double shift = count > 0 ? mean - sum / static_cast<double>(count) : 0.0;
+    for (float &value : series) {
+        value = static_cast<float>(static_cast<double>(value) + shift);
+    }
+}
+
 } // namespace
 
-void checkOverrides(const Overrides &overrides) {
-    for (const auto &[name, text] : overrides) {
-        const Fact *fact = findFact(name);
-        if (fact == nullptr) {
-            std::string known;
-            for (const Fact &candidate : kFacts) {
-                known += known.empty() ? "" : ", ";
-                known += candidate.name;
+KnownFacts factsOfBurstFile(const NcReader &file) {
+    KnownFacts known;
+    const auto add = [&](const std::string &name, const std::vector<double> &values) {
+        known[name] = {values, "variable " + name + " of " + file.path()};
+    };
+    for (const Fact &fact : factTable()) {
+        if (fact.scope == FactScope::deployment) {
+            if (const auto values = factOfBurstFile(file, fact)) {
+                add(fact.name, *values);
             }
-            throw UsageError("--set " + name + ": no such value; known are " + known);
-        }
-        if (!fact->takes(parseNumbers(name, text).size())) {
-            throw UsageError("--set " + name + " takes " + countText(*fact) +
-                             (fact->count == 1 ? " number" : " numbers separated by commas") +
-                             ": " + name + "=" + fact->placeholder);
         }
     }
-}
-
-std::optional<std::vector<double>> overrideNumbers(const Overrides &overrides,
-                                                   const std::string &name) {
-    const auto found = overrides.find(name);
-    if (found == overrides.end()) {
-        return std::nullopt;
+    if (const auto column = findColumn(file, "cell_distance", Quantity::length, {"cell"})) {
+        std::vector<double> distances = file.readAll(column->variable);
+        for (double &distance : distances) {
+            distance *= column->factor;
+        }
+        add("cell_distance", distances);
     }
-    return parseNumbers(name, found->second);
+    return known;
 }
 
-std::string missingText(const std::string &name, const std::string &path) {
-    const Fact *fact = findFact(name);
-    return name + " is missing in " + path + ": give it with --set " + name + "=" +
-           fact->placeholder;
-}
-
-Instrument readInstrument(const NcReader &file, const Overrides &overrides) {
-    const FactSource source(file, overrides);
-    Instrument instrument = readCommon(source, file, overrides);
+Instrument readInstrument(const FactSources &sources) {
+    const FactReader reader(sources);
+    Instrument instrument = readCommon(reader);
     instrument.trackSamplingRate = 2.0 * instrument.samplingRate;
-    source.positive("surface_track_sampling_rate", instrument.trackSamplingRate);
-    instrument.instrumentType = source.whole("instrument_type", instrument.instrumentType, 0, 1000);
+    reader.positive("surface_track_sampling_rate", instrument.trackSamplingRate);
+    instrument.instrumentType = reader.whole("instrument_type", instrument.instrumentType, 0, 1000);
     if (instrument.instrumentType == kProfileType) {
-        throw UserError("instrument_type" + source.where("instrument_type") +
+        throw UserError("instrument_type" + reader.where("instrument_type") +
                         " is 16, a profile instrument, but the velocities have no dimension cell");
     }
-    readBeams(source, file, overrides, instrument);
-    checkBeams(source, instrument);
-    readCell(source, instrument);
+    readBeams(reader, instrument);
+    checkBeams(reader, instrument);
+    readCell(reader, instrument);
     return instrument;
 }
 
-Instrument readProfileInstrument(const NcReader &file, const Overrides &overrides,
-                                 std::size_t beams, std::size_t cells) {
-    const FactSource source(file, overrides);
-    Instrument instrument = readCommon(source, file, overrides);
+Instrument readProfileInstrument(const FactSources &sources, std::size_t beams, std::size_t cells) {
+    const FactReader reader(sources);
+    Instrument instrument = readCommon(reader);
     instrument.profile = ProfileFacts{};
     instrument.profile->cells = cells;
     instrument.trackSamplingRate = instrument.samplingRate;
-    source.positive("surface_track_sampling_rate", instrument.trackSamplingRate);
-    instrument.instrumentType = source.whole("instrument_type", kProfileType, 0, 1000);
+    reader.positive("surface_track_sampling_rate", instrument.trackSamplingRate);
+    instrument.instrumentType = reader.whole("instrument_type", kProfileType, 0, 1000);
     if (instrument.instrumentType != kProfileType) {
         throw UserError(
-            "instrument_type" + source.where("instrument_type") + " is " +
+            "instrument_type" + reader.where("instrument_type") + " is " +
             std::to_string(instrument.instrumentType) +
             ", a point instrument, but the velocities have a dimension cell: profiles are type 16");
     }
     instrument.beams = beams;
-    readBeams(source, file, overrides, instrument);
-    checkBeams(source, instrument);
+    readBeams(reader, instrument);
+    checkBeams(reader, instrument);
     instrument.cellSize = kUnknown;
-    readCells(source, file, instrument);
-    source.number("surface_track_time_offset", instrument.profile->trackTimeOffset);
-    source.positive("ambiguity_velocity", instrument.profile->ambiguityVelocity);
+    readCells(reader, instrument);
+    reader.number("surface_track_time_offset", instrument.profile->trackTimeOffset);
+    reader.positive("ambiguity_velocity", instrument.profile->ambiguityVelocity);
     return instrument;
+}
+
+void correctPressure(const FactSources &sources, std::vector<float> &pressure) {
+    const double air = factNumber(sources.known, sources.overrides, "air_pressure").value_or(0.0);
+    for (float &value : pressure) {
+        value = static_cast<float>(static_cast<double>(value) - air);
+    }
+    if (const auto mean = factNumber(sources.known, sources.overrides, "pressure_mean")) {
+        shiftToMean(pressure, *mean);
+    }
 }
 
 } // namespace orvik

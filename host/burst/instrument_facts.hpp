@@ -1,32 +1,32 @@
-// What a burst file and the user's own values tell of the instrument.
+// The instrument that data and the user's own values tell of.
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
-#include <vector>
 
 #include "burst/burst.hpp"
-#include "burst/burst_file.hpp"
+#include "burst/fact_table.hpp"
 #include "netcdf/nc_file.hpp"
 
 namespace orvik {
 
-// Throws UsageError for a name that no burst file has and for a value that is not a list of numbers.
-void checkOverrides(const Overrides &overrides);
+// The facts of a whole deployment that a burst file holds as variables. Throws UserError for one of another shape or unit.
+KnownFacts factsOfBurstFile(const NcReader &file);
 
-// The user's numbers for `name`, if given.
-std::optional<std::vector<double>> overrideNumbers(const Overrides &overrides,
-                                                   const std::string &name);
-
-// "cell_range is missing in FILE: give it with --set cell_range=METRES"
-std::string missingText(const std::string &name, const std::string &path);
+// Where facts and the user's values come together; `path` is what messages name.
+struct FactSources {
+    const KnownFacts &known;
+    const Overrides &overrides;
+    std::string path;
+};
 
 // A sampling rate is required; what else may be missing stays unknown.
-Instrument readInstrument(const NcReader &file, const Overrides &overrides);
+Instrument readInstrument(const FactSources &sources);
 
 // The same of a profile instrument, which needs its cells' size too.
-Instrument readProfileInstrument(const NcReader &file, const Overrides &overrides,
-                                 std::size_t beams, std::size_t cells);
+Instrument readProfileInstrument(const FactSources &sources, std::size_t beams, std::size_t cells);
+
+// Takes from a series of pressures what is not the water's: the fact air_pressure, the shift to pressure_mean.
+void correctPressure(const FactSources &sources, std::vector<float> &pressure);
 
 } // namespace orvik

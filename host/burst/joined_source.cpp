@@ -100,6 +100,7 @@ void JoinedSource::add(const BurstSource &source, const std::string &path) {
         instrument_ = source.instrument();
         system_ = source.velocitySystem();
         hasTrack_ = source.hasTrack();
+        known_ = source.knownFacts();
     }
     std::string differs = difference(instrument_, source.instrument());
     if (differs.empty() && system_ != source.velocitySystem()) {

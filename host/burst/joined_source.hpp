@@ -31,6 +31,7 @@ public:
     [[nodiscard]] std::optional<Truth> readTruth(std::size_t index) const override;
     [[nodiscard]] double startTime(std::size_t index) const override;
     [[nodiscard]] std::vector<std::string> files() const override;
+    [[nodiscard]] KnownFacts knownFacts() const override { return known_; } // of the first file
     [[nodiscard]] std::vector<std::string> notes() const override;
 
 private:
@@ -54,6 +55,7 @@ private:
     bool hasTruth_ = false;
     std::vector<Part> parts_;
     std::vector<std::string> notes_;
+    KnownFacts known_;
     std::vector<std::pair<std::size_t, std::size_t>> places_; // part and its burst
     mutable std::size_t openPart_ = 0;
     mutable std::unique_ptr<BurstSource> openSource_;
