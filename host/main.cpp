@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "commands/process_command.hpp"
+#include "commands/report_command.hpp"
 #include "commands/show_command.hpp"
 #include "commands/simulate_command.hpp"
 #include "orvikbase/orvikbase.h"
@@ -40,6 +41,7 @@ int run(int argc, char **argv) {
     orvik::addSimulateCommand(app);
     orvik::addProcessCommand(app);
     orvik::addShowCommand(app);
+    orvik::addReportCommand(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
