@@ -1,11 +1,14 @@
 #include "commands/process_command.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
+
+#include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -133,6 +136,20 @@ private:
     TruthErrors errors_;
 };
 
+void sayTiming(const RunTimes &times) {
+    const double sum = times.reading + times.processing + times.writing;
+    const auto share = [sum](double part) { return sum > 0.0 ? 100.0 * part / sum : 0.0; };
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    fmt::print(stderr,
+               "orvik: {} bursts in {:.2f} s, {:.0f} a second; reading {:.1f} %, library {:.1f} %, "
+               "writing {:.1f} %; peak "
+               "memory {} MB\n",
+               times.bursts, times.wall,
+               static_cast<double>(times.bursts) / std::max(times.wall, 1e-9), share(times.reading),
+               share(times.processing), share(times.writing), usage.ru_maxrss / 1024);
+}
+
 void runProcess(const ProcessOptions &options) {
     const std::unique_ptr<BurstSource> source = openSource(options.inputs, options);
     refuseOutputOverInput(options, *source);
@@ -149,7 +166,11 @@ void runProcess(const ProcessOptions &options) {
     run.resume = options.resume;
     run.progress = usualProgress(options.quiet || reporter.hasTable());
     run.onRow = [&reporter](const ResultRow &row) { reporter.show(row); };
-    reporter.finish(runDeployment(*source, plan, run), bursts, options.quiet);
+    const RunOutcome outcome = runDeployment(*source, plan, run);
+    reporter.finish(outcome.bad, bursts, options.quiet);
+    if (options.timing) {
+        sayTiming(outcome.times);
+    }
 }
 
 void runFollow(const ProcessOptions &options) {
@@ -204,7 +225,7 @@ void addSpectrumOptions(CLI::App &command, const std::shared_ptr<ProcessOptions>
 void addProcessCommand(CLI::App &app) {
     const auto options = std::make_shared<ProcessOptions>();
     CLI::App *command =
-        app.add_subcommand("process", "wave parameters and spectra of a burst file");
+        app.add_subcommand("process", "wave parameters and spectra of a deployment");
     command->add_option("input", options->inputs, "files or folders of one deployment");
     command
         ->add_option("--follow", options->follow,
@@ -253,7 +274,18 @@ void addProcessCommand(CLI::App &app) {
                       "go on with a run that was stopped: its finished bursts are kept");
     command->add_flag("--dry-run", options->dryRun, "say what would be done, and do nothing");
     command->add_flag("--table", options->table, "a line for every burst, of long deployments too");
+    command->add_flag("--timing", options->timing,
+                      "at the end, where the time went and how much memory was used");
     command->add_flag("--quiet", options->quiet, "no table, no progress");
+    command->footer(
+        "Examples:\n"
+        "  orvik process bursts.nc -o waves.nc\n"
+        "  orvik process DATA -o waves.nc --facts deployment.toml --method 4\n"
+        "  orvik process bursts.nc -o waves.nc --set heading=120 --set pitch=0 --set roll=0\n"
+        "  orvik process bursts.nc -o waves.nc --resume\n"
+        "  orvik process --follow incoming -o waves.nc\n"
+        "\nExit codes: 0 done, 1 cannot be done, 2 wrong command line, 3 stopped (go on with "
+        "--resume)");
     command->callback([options] {
         if (options->follow.empty() == options->inputs.empty()) {
             throw UsageError(options->follow.empty()

@@ -1,5 +1,7 @@
 #include "process/deployment_run.hpp"
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -46,6 +48,20 @@ std::shared_ptr<Work> readWork(const BurstSource &source, std::size_t index) {
     return work;
 }
 
+// Adds the time that it lives to a sum that several threads share.
+class Stopwatch {
+public:
+    explicit Stopwatch(std::atomic<double> &sum) : sum_(sum) {}
+    ~Stopwatch() { sum_.fetch_add(std::chrono::duration<double>(Clock::now() - start_).count()); }
+    Stopwatch(const Stopwatch &) = delete;
+    Stopwatch &operator=(const Stopwatch &) = delete;
+
+private:
+    using Clock = std::chrono::steady_clock;
+    std::atomic<double> &sum_;
+    Clock::time_point start_ = Clock::now();
+};
+
 class Deployment {
 public:
     Deployment(const BurstSource &source, const Plan &plan, const DeploymentRun &run)
@@ -74,7 +90,11 @@ public:
     }
 
     [[nodiscard]] std::size_t finished() const { return finished_; }
-    [[nodiscard]] const std::vector<BadBurst> &badBursts() const { return bad_; }
+    [[nodiscard]] RunOutcome outcome() const {
+        const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start_;
+        return {bad_,
+                {reading_, processing_, writing_, wall.count(), finished_ - journal_.rowCount()}};
+    }
 
 private:
     using Runners = tbb::enumerable_thread_specific<std::unique_ptr<BurstRunner>>;
@@ -90,9 +110,11 @@ private:
                 return {};
             }
             const std::lock_guard<std::mutex> guard(files_);
+            const Stopwatch watch(reading_);
             return readWork(source_, next_++);
         };
-        const auto process = [&runners](Item work) {
+        const auto process = [this, &runners](Item work) {
+            const Stopwatch watch(processing_);
             if (work->burst) {
                 work->row.result = runners.local()->run(*work->burst);
                 work->burst.reset();
@@ -101,6 +123,7 @@ private:
         };
         const auto write = [this](const Item &work) {
             const std::lock_guard<std::mutex> guard(files_);
+            const Stopwatch watch(writing_);
             journal_.append({work->row, {}});
             keep(work->row);
             progress_.advance();
@@ -133,12 +156,15 @@ private:
     std::size_t next_ = 0;
     std::size_t finished_ = 0;
     std::vector<BadBurst> bad_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::atomic<double> reading_ = 0.0;
+    std::atomic<double> processing_ = 0.0;
+    std::atomic<double> writing_ = 0.0;
 };
 
 } // namespace
 
-std::vector<BadBurst> runDeployment(const BurstSource &source, const Plan &plan,
-                                    const DeploymentRun &run) {
+RunOutcome runDeployment(const BurstSource &source, const Plan &plan, const DeploymentRun &run) {
     const StopRequest stop;
     Deployment deployment(source, plan, run);
     deployment.takeFinished();
@@ -148,7 +174,7 @@ std::vector<BadBurst> runDeployment(const BurstSource &source, const Plan &plan,
                                   deployment.finished(), source.burstCount()));
     }
     deployment.finish();
-    return deployment.badBursts();
+    return deployment.outcome();
 }
 
 } // namespace orvik

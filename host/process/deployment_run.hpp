@@ -17,6 +17,20 @@ struct BadBurst {
     std::string reason;
 };
 
+// Where the time went [s], summed over the threads.
+struct RunTimes {
+    double reading = 0.0;
+    double processing = 0.0;
+    double writing = 0.0;
+    double wall = 0.0;
+    std::size_t bursts = 0; // of this run, without those of an earlier one
+};
+
+struct RunOutcome {
+    std::vector<BadBurst> bad;
+    RunTimes times;
+};
+
 struct DeploymentRun {
     std::string output;
     unsigned threads = 0; // 0: as many as the machine has
@@ -29,7 +43,6 @@ struct DeploymentRun {
 // The bytes of the result file depend on the source and the plan alone, not on the number of threads, nor on how often
 // the run was stopped and resumed. Throws Stopped when the user stopped it, UserError when it cannot go on; what was
 // finished is kept for a run with `resume` then.
-std::vector<BadBurst> runDeployment(const BurstSource &source, const Plan &plan,
-                                    const DeploymentRun &run);
+RunOutcome runDeployment(const BurstSource &source, const Plan &plan, const DeploymentRun &run);
 
 } // namespace orvik

@@ -30,6 +30,7 @@ struct ProcessOptions {
     bool resume = false;
     bool dryRun = false;
     bool table = false;
+    bool timing = false;
     bool quiet = false;
     std::string follow; // a folder to watch
 };
