@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,6 +27,12 @@ struct NcVariable {
     [[nodiscard]] std::size_t size() const;      // number of values
     [[nodiscard]] std::string shapeText() const; // "(time, sample)"
 };
+
+// Of each variable that is read or written [bytes].
+inline constexpr std::size_t kChunkCache = std::size_t{1} << 20U;
+
+// For files that are opened from now on.
+void useSmallChunkCaches();
 
 // A file open for reading.
 class NcReader {
@@ -62,8 +69,11 @@ private:
     [[nodiscard]] NcVariable describe(int id) const;
     void check(int status, const std::string &what) const;
 
+    void makeRoomFor(const NcVariable &variable) const;
+
     std::string path_;
     int id_ = -1;
+    mutable std::set<int> roomMade_; // variables whose chunk cache is large enough
 };
 
 // A new netCDF-4 file under a temporary name beside `path`. commit() puts it under its own name in one step; without

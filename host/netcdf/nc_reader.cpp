@@ -33,7 +33,14 @@ std::string NcVariable::shapeText() const {
     return text + ")";
 }
 
+// By default each variable may keep 16 MB of chunks: a deployment of any length would fill that for all of them.
+void useSmallChunkCaches() {
+    constexpr std::size_t kSlots = 1009;
+    nc_set_chunk_cache(kChunkCache, kSlots, 0.75F);
+}
+
 NcReader::NcReader(const std::string &path) : path_(path) {
+    useSmallChunkCaches();
     const int status = nc_open(path.c_str(), NC_NOWRITE, &id_);
     if (status != NC_NOERR) {
         throw UserError("cannot open " + path + ": " + nc_strerror(status) +
@@ -177,6 +184,28 @@ std::vector<double> NcReader::markers(const NcVariable &variable) const {
     }
 }
 
+// A chunk that does not fit into the cache would be unpacked anew for every burst that lies in it.
+void NcReader::makeRoomFor(const NcVariable &variable) const {
+    constexpr std::size_t kMost = std::size_t{64} << 20U;
+    constexpr std::size_t kSlots = 1009;
+    if (!roomMade_.insert(variable.id).second) {
+        return;
+    }
+    int storage = NC_CONTIGUOUS;
+    std::vector<std::size_t> lengths(std::max<std::size_t>(variable.dimensions.size(), 1));
+    if (nc_inq_var_chunking(id_, variable.id, &storage, lengths.data()) != NC_NOERR || storage != NC_CHUNKED) {
+        return;
+    }
+    std::size_t bytes = 0;
+    nc_inq_type(id_, variable.type, nullptr, &bytes);
+    for (std::size_t i = 0; i < variable.dimensions.size(); ++i) {
+        bytes *= lengths[i];
+    }
+    if (bytes > kChunkCache) {
+        nc_set_var_chunk_cache(id_, variable.id, std::min(2 * bytes, kMost), kSlots, 0.75F);
+    }
+}
+
 std::vector<double> NcReader::read(const NcVariable &variable,
                                    const std::vector<std::size_t> &start,
                                    const std::vector<std::size_t> &count) const {
@@ -185,6 +214,7 @@ std::vector<double> NcReader::read(const NcVariable &variable,
         total *= length;
     }
     std::vector<double> values(total);
+    makeRoomFor(variable);
     check(nc_get_vara_double(id_, variable.id, start.data(), count.data(), values.data()),
           "variable " + variable.name);
     const std::vector<double> missing = markers(variable);

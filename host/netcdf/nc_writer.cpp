@@ -77,6 +77,7 @@ NcWriter::NcWriter(const std::string &path) : path_(path), temporaryPath_(tempor
                                       : "cannot write " + path + ": it is a directory");
     }
     removeAbandonedParts(path);
+    useSmallChunkCaches();
     const int status = nc_create(temporaryPath_.c_str(), NC_NETCDF4 | NC_CLOBBER, &id_);
     if (status != NC_NOERR) {
         std::remove(temporaryPath_.c_str());
