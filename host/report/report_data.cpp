@@ -103,17 +103,29 @@ std::vector<std::int64_t> wholeNumbers(const NcReader &file, const NcVariable &v
     return whole;
 }
 
+// A text for each burst; nothing where the file has no such variable.
+Json texts(const NcReader &file, const std::string &name) {
+    Json all = Json::array();
+    const auto variable = file.find(name);
+    if (variable && variable->type == NC_STRING && isOver(*variable, {"time"})) {
+        for (std::size_t burst = 0; burst < variable->size(); ++burst) {
+            all.push_back(file.readText(*variable, {burst}));
+        }
+    }
+    return all;
+}
+
 // Attributes of the file that tell about the deployment; text only.
 Json attributes(const NcReader &file) {
-    Json texts = Json::object();
+    Json found = Json::object();
     for (const char *name :
          {"title", "source", "instrument", "burst_file", "burst_files", "values_given",
           "processing_method", "processing_parameters", "direction_convention", "history"}) {
         if (const auto text = file.text(nullptr, name); text && !text->empty()) {
-            texts[name] = *text;
+            found[name] = *text;
         }
     }
-    return texts;
+    return found;
 }
 
 // Every measured number a burst has one of, in the file's order.
@@ -220,6 +232,8 @@ std::string reportData(const NcReader &file) {
         {"spectra", spectra(file)},
         {"distribution", distributions(file)},
         {"quality", qualityWords()},
+        {"reasons", texts(file, "rejection_reason")},
+        {"notes", texts(file, "processing_notes")},
     };
     if (const auto source = file.find("spectrum_source"); source && isOver(*source, {"time"})) {
         data["source"] = wholeNumbers(file, *source);

@@ -48,5 +48,6 @@ export class BurstChooser {
       return node;
     });
     byId("burst-values").replaceChildren(...facts, fact("spectrum from", sourceText(deployment, burst)));
+    byId("burst-notes").textContent = [deployment.reasons[burst], deployment.notes[burst]].filter((text) => text).join(" ");
   }
 }

@@ -73,7 +73,7 @@ export function timeAxis(deployment) {
     ...axisStyle(),
     axisLabel: {
       color: colours().ink, hideOverlap: true,
-      ...(deployment.hasTimes ? { formatter: { year: "{yyyy}", month: "{MMM} {yyyy}", day: "{MMM} {d}", hour: "{HH}:{mm}", minute: "{HH}:{mm}" } } : {}),
+      ...(deployment.hasTimes ? { formatter: { year: "{yyyy}", month: "{MMM} {yyyy}", day: "{MMM} {d}", hour: "{HH}:{mm}", minute: "{HH}:{mm}" } } : { showMinLabel: false, showMaxLabel: false }),
     },
     splitLine: { show: true, lineStyle: { color: colours().line } },
   };

@@ -58,6 +58,8 @@ export class Deployment {
     this.quality = packed.quality;
     this.flags = packed.flags;
     this.source = packed.source;
+    this.reasons = packed.reasons ?? [];
+    this.notes = packed.notes ?? [];
     this.count = packed.flags.length;
     this.number = packed.number ?? packed.flags.map((_, i) => i);
     this.times = packed.times.map((time) => 1000 * numberOrNaN(time)); // [ms since 1970]

@@ -17,7 +17,7 @@ const dark = matchMedia("(prefers-color-scheme: dark)");
 const print = matchMedia("print");
 const wantedTheme = () => (dark.matches && !print.matches ? "dark" : "light");
 
-const roundedUp = (frequency) => Number((Math.ceil(frequency / 0.05 - 1e-4) * 0.05).toFixed(2)); // [Hz]
+const roundedUp = (frequency) => Number((Math.ceil(10 * frequency - 1e-4) / 10).toFixed(1)); // [Hz]
 
 // The frequency below which 98 % of the deployment's energy lies; the rest of the axis is mostly empty.
 function usualLimit(deployment) {
@@ -35,7 +35,8 @@ function usualLimit(deployment) {
 function frequencyAxis(deployment) {
   const usual = usualLimit(deployment);
   const whole = byId("whole-axis");
-  return { limit: () => (whole.checked ? roundedUp(deployment.frequencies.main[deployment.frequencies.main.length - 1]) : usual) };
+  const limit = () => (whole.checked ? roundedUp(deployment.frequencies.main[deployment.frequencies.main.length - 1]) : usual);
+  return { limit, step: () => (limit() > 0.6 ? 0.2 : 0.1) };
 }
 
 // The highest burst that is fit for use is the one to look at first.

@@ -53,7 +53,7 @@ export function polarView(deployment, axis, chosen) {
         splitLine: { show: true, lineStyle: { color: colours().quiet, opacity: 0.35 } },
       },
       radiusAxis: {
-        type: "value", min: 0, max: axis.limit(), z: 6, splitNumber: 4, ...angle, axisLine: { show: false }, axisTick: { show: false },
+        type: "value", min: 0, max: axis.limit(), interval: axis.step(), z: 6, ...angle, axisLine: { show: false }, axisTick: { show: false },
         axisLabel: { color: colours().ink, showMinLabel: false, backgroundColor: colours().ground, padding: [0, 2], borderRadius: 2, margin: -6 },
         splitLine: { show: true, lineStyle: { color: colours().quiet, opacity: 0.35 } },
       },

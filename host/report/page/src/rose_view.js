@@ -40,7 +40,7 @@ export function roseView(deployment) {
     return {
       polar: { radius: "80%" },
       angleAxis: { type: "category", data: compassNames, startAngle: 90 + 11.25, ...axisStyle(), axisTick: { show: false }, axisLabel: { color: colours().ink, interval: 0, formatter: (text) => (text.length === 3 ? "" : text) } },
-      radiusAxis: { type: "value", max: ({ max }) => (max > 75 ? 100 : null), ...axisStyle(), splitNumber: 3, axisLine: { show: false }, axisTick: { show: false }, z: 6, axisLabel: { color: colours().ink, formatter: "{value} %", showMinLabel: false, backgroundColor: colours().ground, padding: [0, 2], margin: -6 } },
+      radiusAxis: { type: "value", ...(Math.max(...totals) > 75 ? { max: 100, interval: 25 } : { splitNumber: 3 }), ...axisStyle(), axisLine: { show: false }, axisTick: { show: false }, z: 6, axisLabel: { color: colours().ink, formatter: "{value} %", showMinLabel: false, backgroundColor: colours().ground, padding: [0, 2], margin: -6 } },
       tooltip: { ...tooltipStyle(), formatter: ({ name, seriesName, value }) => `${name}, ${seriesName}: ${value.toFixed(1)} % of bursts` },
       series: bounds.map((_, level) => ({
         type: "bar", coordinateSystem: "polar", stack: "all", name: classText(bounds, level), data: shares[level], barCategoryGap: "12%",

@@ -67,7 +67,7 @@ export function spectrogramView(deployment, axis, choose) {
     return {
       grid: { left: width < 560 ? 44 : 56, right: 14, top: 30, bottom: 40 },
       xAxis: { ...timeAxis(deployment), splitLine: { show: false }, ...(deployment.hasTimes ? {} : { name: "burst", nameLocation: "middle", nameGap: 24 }) },
-      yAxis: { type: "value", min: 0, max: axis.limit(), ...axisStyle(), splitLine: { show: false }, ...name("frequency [Hz]") },
+      yAxis: { type: "value", min: 0, max: axis.limit(), interval: axis.step(), ...axisStyle(), splitLine: { show: false }, ...name("frequency [Hz]") },
       dataZoom: [{ type: "inside", filterMode: "none", zoomOnMouseWheel: "ctrl", preventDefaultMouseMove: false }],
       series: hasPlace ? [picture([deployment.place(deployment.inOrder[0]), 0], ({ x, y, width: w, height }) => ({ x, y, width: w, height }), paint(deployment, greatest, axis.limit()))] : [],
     };

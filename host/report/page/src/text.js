@@ -47,6 +47,15 @@ export function drawTiles(deployment) {
   byId("tiles").replaceChildren(...tiles);
 }
 
+// Each reason of a rejection once, with the bursts it holds for.
+function reasonsOf(deployment, rejected) {
+  const byReason = new Map();
+  for (const burst of rejected.filter((candidate) => deployment.reasons[candidate])) {
+    byReason.set(deployment.reasons[burst], [...(byReason.get(deployment.reasons[burst]) ?? []), deployment.number[burst]]);
+  }
+  return [...byReason].map(([reason, numbers]) => element("p", {}, `${numbers.length === 1 ? "Burst" : "Bursts"} ${ranges(numbers)}: ${reason}`));
+}
+
 export function drawQuality(deployment) {
   const entries = deployment.quality.map((word) => ({ word, found: [...deployment.flags.keys()].filter((burst) => (deployment.flags[burst] & word.mask) !== 0) }))
     .filter(({ found }) => found.length > 0)
@@ -54,7 +63,8 @@ export function drawQuality(deployment) {
       const node = element("div", { class: `flag ${word.discard ? kDiscard : kNote}`, "data-word": word.word },
         element("h3", {}, `${plain(word.word)}: ${bursts(found.length)} of ${deployment.count}`),
         element("p", {}, `${word.meaning} ${word.advice}`),
-        element("p", { class: "hint" }, `Bursts ${ranges(found.map((burst) => deployment.number[burst]))}`));
+        element("p", { class: "hint" }, `${found.length === 1 ? "Burst" : "Bursts"} ${ranges(found.map((burst) => deployment.number[burst]))}`));
+      if (word.word === "no_result") node.append(...reasonsOf(deployment, found));
       return node;
     });
   byId("quality-list").replaceChildren(...(entries.length > 0 ? entries : [element("p", {}, "No burst was flagged.")]));
@@ -62,7 +72,7 @@ export function drawQuality(deployment) {
 
 function depthText(deployment) {
   const depths = [...deployment.values("water_depth")].filter(Number.isFinite);
-  return depths.length === 0 ? undefined : `${Math.min(...depths).toFixed(2)} to ${Math.max(...depths).toFixed(2)} m`;
+  return depths.length === 0 ? undefined : [...new Set([Math.min(...depths), Math.max(...depths)].map((depth) => depth.toFixed(2)))].join(" to ") + " m";
 }
 
 export function drawFacts(deployment) {
@@ -100,7 +110,7 @@ export function drawTable(deployment) {
     const flags = wordsOf(deployment, burst).map((word) => plain(word.word)).join(", ");
     body.append(element("tr", { "data-burst": String(burst) }, element("td", {}, String(deployment.number[burst])), element("td", { class: "text" }, timeText(deployment.times[burst])),
       ...present.map(([name]) => element("td", {}, number(deployment, name, burst))),
-      element("td", { class: "text" }, sourceText(deployment, burst)), element("td", { class: "text" }, flags)));
+      element("td", { class: "text" }, sourceText(deployment, burst)), element("td", { class: "text flags" }, flags)));
   }
   byId("rows").replaceChildren(element("table", {}, element("thead", {}, head), body));
 }
