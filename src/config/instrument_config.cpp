@@ -32,13 +32,14 @@ void setInstrumentConfig(WaveVariables &rec, const OVInstrumentConfig &config) {
     rec.attitudeMode = config.attitudeMode;
     rec.cellSizeCounts = static_cast<std::uint16_t>(config.cellSizeCounts);
     std::memcpy(rec.transformMatrix, config.transformMatrix, sizeof rec.transformMatrix);
-    rec.cellSize =
-        static_cast<float>(cellSizeCm(config.instrumentType, config.acousticFrequency, config.cellSizeCounts));
+    rec.cellSize = static_cast<float>(
+        cellSizeCm(config.instrumentType, config.acousticFrequency, config.cellSizeCounts));
 }
 
 void setProfileInstrumentConfig(WaveVariables &rec, const OVProfileInstrumentConfig &config) {
     OVInstrumentConfig common;
-    static_assert(offsetof(OVProfileInstrumentConfig, beamAzimuth) == sizeof common, "the common fields come first");
+    static_assert(offsetof(OVProfileInstrumentConfig, beamAzimuth) == sizeof common,
+                  "the common fields come first");
     std::memcpy(&common, &config, sizeof common);
     setInstrumentConfig(rec, common);
     std::memcpy(rec.beamAzimuth, &config.beamAzimuth, sizeof rec.beamAzimuth);

@@ -11,7 +11,7 @@ namespace ov {
 namespace {
 
 constexpr double kHalfSoundSpeed = 750.0;            // [m/s]
-constexpr double kPressureCountM = 0.02288818359375;  // [m] per count
+constexpr double kPressureCountM = 0.02288818359375; // [m] per count
 constexpr double kDistanceScale = 0.00390625;        // 1 / 256
 
 // Sensor height [m]. The floors are those of the instrument's own integer arithmetic.
@@ -19,12 +19,14 @@ double sensorHeightM(const WaveVariables &rec, const OVWaveHeader &header) {
     const double distance = header.distanceCounts;
     const double frequency = static_cast<double>(rec.acousticFrequency);
     if (rec.instrumentType == 1) {
-        return std::floor(distance * 100 * kHalfSoundSpeed / 480000.0 * 100) * 0.01 * 0.01 * kDistanceScale;
+        return std::floor(distance * 100 * kHalfSoundSpeed / 480000.0 * 100) * 0.01 * 0.01 *
+               kDistanceScale;
     }
     if (rec.instrumentType == kProfileInstrument) {
         return static_cast<double>(header.directHeight);
     }
-    return std::floor(kHalfSoundSpeed / (frequency * 4.0 / 255.0) * (distance * 100)) * 0.01 * kDistanceScale;
+    return std::floor(kHalfSoundSpeed / (frequency * 4.0 / 255.0) * (distance * 100)) * 0.01 *
+           kDistanceScale;
 }
 
 // Sensor depth [m], rounded down in stages: 0.0001 m for type 1, 0.01 m for the others. `height` is not yet narrowed.
@@ -34,15 +36,19 @@ double sensorDepthM(const WaveVariables &rec, const OVWaveHeader &header, double
     const double frequency = static_cast<double>(rec.acousticFrequency);
     switch (rec.instrumentType) {
     case 1:
-        return std::floor((pressure - std::floor(cell * 100 * 16.0 * kHalfSoundSpeed / 6000000.0 * 100) * 0.01) *
-                          100) *
+        return std::floor(
+                   (pressure -
+                    std::floor(cell * 100 * 16.0 * kHalfSoundSpeed / 6000000.0 * 100) * 0.01) *
+                   100) *
                0.0001;
     case 3:
         return std::floor(pressure - height * 100) * 0.01;
     case kProfileInstrument:
         return static_cast<double>(header.directDepth);
     default:
-        return std::floor(pressure - std::floor(cell * 100 * (kHalfSoundSpeed / (frequency * 0.0625)))) * 0.01;
+        return std::floor(pressure -
+                          std::floor(cell * 100 * (kHalfSoundSpeed / (frequency * 0.0625)))) *
+               0.01;
     }
 }
 

@@ -24,8 +24,8 @@ struct Bands {
         return static_cast<int>(std::clamp<std::int64_t>(start + m, 2, slotLast));
     }
     [[nodiscard]] int upper(int m) const {
-        return static_cast<int>(
-            std::clamp<std::int64_t>(std::min<std::int64_t>(start + width + m, lastUpper), 0, slotLast));
+        return static_cast<int>(std::clamp<std::int64_t>(
+            std::min<std::int64_t>(start + width + m, lastUpper), 0, slotLast));
     }
     // Density from the sums over both bands.
     [[nodiscard]] double density(double lowerSum, double upperSum) const {
@@ -69,16 +69,20 @@ float autoDensity(const Bands &bands, const float *re, const float *im) {
 } // namespace
 
 void computeCrossSpectra(WaveVariables &rec, int f) {
-    const Bands bands =
-        bandsAt(rec.frequencies[f], rec.samplingRateHz, rec.burstLength, rec.dirBandWidth, kSlotBins);
+    const Bands bands = bandsAt(rec.frequencies[f], rec.samplingRateHz, rec.burstLength,
+                                rec.dirBandWidth, kSlotBins);
     for (int j = 0; j < rec.seriesCount; ++j) {
         const float *const reJ = rec.seriesSpecRe[j];
         const float *const imJ = rec.seriesSpecIm[j];
         for (int i = 0; i <= j; ++i) {
             const float *const reI = rec.seriesSpecRe[i];
             const float *const imI = rec.seriesSpecIm[i];
-            const auto co = [=](int b) { return static_cast<double>(reI[b] * reJ[b] + imI[b] * imJ[b]); };
-            const auto quad = [=](int b) { return static_cast<double>(imI[b] * reJ[b] - reI[b] * imJ[b]); };
+            const auto co = [=](int b) {
+                return static_cast<double>(reI[b] * reJ[b] + imI[b] * imJ[b]);
+            };
+            const auto quad = [=](int b) {
+                return static_cast<double>(imI[b] * reJ[b] - reI[b] * imJ[b]);
+            };
             double coLower = 0.0;
             double coUpper = 0.0;
             double quadLower = 0.0;
@@ -93,7 +97,8 @@ void computeCrossSpectra(WaveVariables &rec, int f) {
             }
             rec.crossSpectralMatrix[j][i] = static_cast<float>(bands.density(coLower, coUpper));
             if (i != j) {
-                rec.crossSpectralMatrix[i][j] = static_cast<float>(bands.density(quadLower, quadUpper));
+                rec.crossSpectralMatrix[i][j] =
+                    static_cast<float>(bands.density(quadLower, quadUpper));
             }
         }
     }
@@ -102,16 +107,17 @@ void computeCrossSpectra(WaveVariables &rec, int f) {
 void computeBandSpectra(WaveVariables &rec) {
     const int pressure = std::max(rec.seriesCount - 1, 0);
     for (int f = 0; f < mainBinCount(rec); ++f) {
-        const Bands bands =
-            bandsAt(rec.frequencies[f], rec.samplingRateHz, rec.burstLength, rec.specBandWidth, kSlotBins);
-        rec.bandSpectrum[f] = autoDensity(bands, rec.seriesSpecRe[pressure], rec.seriesSpecIm[pressure]);
+        const Bands bands = bandsAt(rec.frequencies[f], rec.samplingRateHz, rec.burstLength,
+                                    rec.specBandWidth, kSlotBins);
+        rec.bandSpectrum[f] =
+            autoDensity(bands, rec.seriesSpecRe[pressure], rec.seriesSpecIm[pressure]);
     }
 }
 
 void computeBandSpectraFine(WaveVariables &rec) {
     for (int f = 0; f < fineBinCount(rec); ++f) {
-        const Bands bands =
-            bandsAt(rec.fineFreqAxis[f], rec.astSamplingRate, rec.astLength, rec.specBandWidth, kMaxSamples);
+        const Bands bands = bandsAt(rec.fineFreqAxis[f], rec.astSamplingRate, rec.astLength,
+                                    rec.specBandWidth, kMaxSamples);
         rec.bandSpectrumFine[f] = autoDensity(bands, rec.astSpecRe, rec.astSpecIm);
     }
 }

@@ -11,11 +11,13 @@
 namespace ov {
 namespace {
 
-constexpr double kMissingTolerance = 0.0001; // a host's value this near the marker counts as missing
+constexpr double kMissingTolerance =
+    0.0001; // a host's value this near the marker counts as missing
 
 // A value that is no number is missing too.
 bool isMissing(float value) {
-    return !(std::abs(static_cast<double>(value) - static_cast<double>(kMissing)) > kMissingTolerance);
+    return !(std::abs(static_cast<double>(value) - static_cast<double>(kMissing)) >
+             kMissingTolerance);
 }
 
 // Single-precision complex numbers, spelled out: the standard's division differs between compilers in its last bits.
@@ -26,7 +28,9 @@ struct Complex {
 
 Complex conjugate(Complex a) { return {a.re, -a.im}; }
 Complex operator-(Complex a, Complex b) { return {a.re - b.re, a.im - b.im}; }
-Complex operator*(Complex a, Complex b) { return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re}; }
+Complex operator*(Complex a, Complex b) {
+    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
 Complex dividedBy(Complex a, float d) { return {a.re / d, a.im / d}; }
 float squaredModulus(Complex a) { return a.re * a.re + a.im * a.im; }
 
@@ -47,8 +51,9 @@ Complex rotated(float a, float b, double angle) {
 
 // A host's array inside a packed block may lie at any address.
 template <class Value> void store(Value *array, int at, Value value) {
-    std::memcpy(reinterpret_cast<unsigned char *>(array) + static_cast<std::size_t>(at) * sizeof value, &value,
-                sizeof value);
+    std::memcpy(reinterpret_cast<unsigned char *>(array) +
+                    static_cast<std::size_t>(at) * sizeof value,
+                &value, sizeof value);
 }
 
 // Maximum entropy distribution of Lygre and Krogstad (1986) for one bin:
@@ -58,11 +63,13 @@ template <class Value> void store(Value *array, int at, Value value) {
 class MaximumEntropy {
 public:
     MaximumEntropy(Complex c1, Complex c2)
-        : phi1_(dividedBy(c1 - c2 * conjugate(c1), 1.0F - squaredModulus(c1))), phi2_(c2 - c1 * phi1_),
+        : phi1_(dividedBy(c1 - c2 * conjugate(c1), 1.0F - squaredModulus(c1))),
+          phi2_(c2 - c1 * phi1_),
           numerator_((Complex{1.0F, 0.0F} - phi1_ * conjugate(c1) - phi2_ * conjugate(c2)).re) {}
 
     [[nodiscard]] float density(float theta) const {
-        const Complex denominator = Complex{1.0F, 0.0F} - phi1_ * turn(theta) - phi2_ * turn(2.0F * theta);
+        const Complex denominator =
+            Complex{1.0F, 0.0F} - phi1_ * turn(theta) - phi2_ * turn(2.0F * theta);
         const float modulus = std::sqrt(squaredModulus(denominator));
         return static_cast<float>(static_cast<double>(numerator_ / (modulus * modulus)) / kTwoPi);
     }
@@ -91,7 +98,8 @@ void setFourierCoefficients(WaveVariables &rec, OVFourierCoefficientSpectra &blo
             rec.fourierA1[f] = -block.coefQ[f];
             rec.fourierA2[f] = -block.coefR[f];
             rec.fourierB2[f] = block.coefS[f]; // this one keeps its sign
-            rec.meanDirection[f] = nauticalDirection(rec.fourierA1[f], rec.fourierB1[f], rec.reverseDirections != 0);
+            rec.meanDirection[f] =
+                nauticalDirection(rec.fourierA1[f], rec.fourierB1[f], rec.reverseDirections != 0);
             rec.directionalSpread[f] = circularSpread(rec.fourierA1[f], rec.fourierB1[f]);
         }
         block.direction[f] = rec.meanDirection[f];
@@ -126,8 +134,9 @@ void getFullDirSpectraWithEnergy(const WaveVariables &rec, float *out) {
     for (int f = 0; f < mainBinCount(rec); ++f) {
         const double energy = rec.spectraUsed[f];
         for (int k = 0; k < directionCount(rec); ++k) {
-            const float value =
-                f <= rec.lastValidFreqIndex ? static_cast<float>(energy * rec.dirSpectrum[f][k]) : kMissing;
+            const float value = f <= rec.lastValidFreqIndex
+                                    ? static_cast<float>(energy * rec.dirSpectrum[f][k])
+                                    : kMissing;
             store(out, f * kMaxDir + k, value);
         }
     }

@@ -161,7 +161,8 @@ void factorMlmMatrix(WaveVariables &rec) {
         d[static_cast<std::size_t>(i)] = rec.mlmMatrix[i][i];
         maxDiagonal = std::max(maxDiagonal, static_cast<float>(rec.mlmMatrix[i][i]));
     }
-    const double threshold = static_cast<double>(rec.convergenceTolerance) * static_cast<double>(maxDiagonal);
+    const double threshold =
+        static_cast<double>(rec.convergenceTolerance) * static_cast<double>(maxDiagonal);
     for (int p = 0; p < n; ++p) {
         const int q = findPivot(d, p, n);
         if (threshold >= d[static_cast<std::size_t>(q)]) {

@@ -26,7 +26,8 @@ void storeRotated(WaveVariables &rec, int f, const Coefficients &c) {
     rec.fourierB1[f] = static_cast<float>(c1 * c.b1 - s1 * c.a1);
     rec.fourierA2[f] = static_cast<float>(c2 * c.a2 + s2 * c.b2);
     rec.fourierB2[f] = static_cast<float>(c2 * c.b2 - s2 * c.a2);
-    rec.meanDirection[f] = nauticalDirection(rec.fourierA1[f], rec.fourierB1[f], rec.reverseDirections != 0);
+    rec.meanDirection[f] =
+        nauticalDirection(rec.fourierA1[f], rec.fourierB1[f], rec.reverseDirections != 0);
     rec.directionalSpread[f] = circularSpread(rec.fourierA1[f], rec.fourierB1[f]);
 }
 
@@ -47,14 +48,16 @@ void addTo(float &sum, double term) { sum = static_cast<float>(static_cast<doubl
 
 float wrapped360(float degrees) {
     const double value = degrees;
-    const double positive = static_cast<double>(value < 0.0 ? static_cast<float>(value + 360.0) : degrees);
+    const double positive =
+        static_cast<double>(value < 0.0 ? static_cast<float>(value + 360.0) : degrees);
     return static_cast<float>(std::fmod(positive, 360.0));
 }
 
 } // namespace
 
 float nauticalDirection(float a, float b, bool reverse) {
-    const double angle = (kHalfPi - std::atan2(static_cast<double>(b), static_cast<double>(a))) * 180.0 / kPi;
+    const double angle =
+        (kHalfPi - std::atan2(static_cast<double>(b), static_cast<double>(a))) * 180.0 / kPi;
     float direction = wrapped360(static_cast<float>(angle));
     if (reverse) {
         direction -= 180.0F;
@@ -107,8 +110,8 @@ void computeMomentsFromDistribution(WaveVariables &rec, int f) {
         addTo(b2, std::sin(2.0 * theta) * weight);
     }
     storeRotated(rec, f,
-                 {static_cast<double>(a1) / sum, static_cast<double>(b1) / sum, static_cast<double>(a2) / sum,
-                  static_cast<double>(b2) / sum});
+                 {static_cast<double>(a1) / sum, static_cast<double>(b1) / sum,
+                  static_cast<double>(a2) / sum, static_cast<double>(b2) / sum});
 }
 
 } // namespace ov

@@ -20,9 +20,10 @@ int32_t OVSetInstrumentConfig(const OVInstrumentConfig *config) {
     return OVSetInstrumentConfig_ptr(ov::currentRecord, config);
 }
 
-int32_t OVSetInstrumentConfigLV(uint32_t pingsPerSample, int32_t samplingRate, uint32_t burstSamples,
-                                float acousticFrequency, float slantAngle, int32_t instrumentType,
-                                int32_t attitudeMode, const int16_t *matrix, uint16_t cellSizeCounts) {
+int32_t OVSetInstrumentConfigLV(uint32_t pingsPerSample, int32_t samplingRate,
+                                uint32_t burstSamples, float acousticFrequency, float slantAngle,
+                                int32_t instrumentType, int32_t attitudeMode, const int16_t *matrix,
+                                uint16_t cellSizeCounts) {
     if (matrix == nullptr) {
         return ov::kNullArgument;
     }
@@ -47,12 +48,15 @@ int32_t OVSetProcPar_ptr(OVRecord *record, OVProcessingParameters *params) {
     return 0;
 }
 
-int32_t OVSetProcPar(OVProcessingParameters *params) { return OVSetProcPar_ptr(ov::currentRecord, params); }
+int32_t OVSetProcPar(OVProcessingParameters *params) {
+    return OVSetProcPar_ptr(ov::currentRecord, params);
+}
 
-int32_t OVSetProcParLV(int32_t processingMethod, float freqMin, float freqMax, float fineFreqMin, float fineFreqMax,
-                       float freqStep, float levelOffset, float headingOffset, int32_t dirBandWidth,
-                       int32_t specBandWidth, int32_t directionalInputMode, int32_t estimateMask,
-                       int32_t nDirections, float pressureOffset, int32_t reverseDirection) {
+int32_t OVSetProcParLV(int32_t processingMethod, float freqMin, float freqMax, float fineFreqMin,
+                       float fineFreqMax, float freqStep, float levelOffset, float headingOffset,
+                       int32_t dirBandWidth, int32_t specBandWidth, int32_t directionalInputMode,
+                       int32_t estimateMask, int32_t nDirections, float pressureOffset,
+                       int32_t reverseDirection) {
     OVProcessingParameters params{};
     params.processingMethod = processingMethod;
     params.freqMin = freqMin;
@@ -80,11 +84,14 @@ int32_t OVSetWaveHeader_ptr(OVRecord *record, OVWaveHeader *header) {
     return 1; // unlike the other setters
 }
 
-int32_t OVSetWaveHeader(OVWaveHeader *header) { return OVSetWaveHeader_ptr(ov::currentRecord, header); }
+int32_t OVSetWaveHeader(OVWaveHeader *header) {
+    return OVSetWaveHeader_ptr(ov::currentRecord, header);
+}
 
-int32_t OVSetWaveHeaderLV(uint16_t nSamples, int16_t pressureCounts, float headerValueA, float headerValueB,
-                          float heading, float pitch, float roll, float headerValueC, int16_t distanceCounts,
-                          const uint16_t *headerWords, int32_t headerFlag) {
+int32_t OVSetWaveHeaderLV(uint16_t nSamples, int16_t pressureCounts, float headerValueA,
+                          float headerValueB, float heading, float pitch, float roll,
+                          float headerValueC, int16_t distanceCounts, const uint16_t *headerWords,
+                          int32_t headerFlag) {
     if (headerWords == nullptr) {
         return ov::kNullArgument;
     }

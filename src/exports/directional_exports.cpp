@@ -20,11 +20,14 @@ int32_t OVSetSpectraUsed_ptr(OVRecord *record, const OVSpectraUsedInput *input) 
     if (record == nullptr || input == nullptr) {
         return ov::kNullArgument;
     }
-    ov::setSpectraUsed(*record, &input->values, input->selector <= 1 ? input->count1 : input->count2);
+    ov::setSpectraUsed(*record, &input->values,
+                       input->selector <= 1 ? input->count1 : input->count2);
     return 0;
 }
 
-int32_t OVSetSpectraUsed(const OVSpectraUsedInput *input) { return OVSetSpectraUsed_ptr(ov::currentRecord, input); }
+int32_t OVSetSpectraUsed(const OVSpectraUsedInput *input) {
+    return OVSetSpectraUsed_ptr(ov::currentRecord, input);
+}
 
 int32_t OVGetDirectionalSpectrum_ptr(OVRecord *record, OVFourierCoefficientSpectra *block) {
     if (record == nullptr || block == nullptr) {

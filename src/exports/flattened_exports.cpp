@@ -9,7 +9,8 @@ namespace {
 
 // Copies a field, an array included, to the host unless it does not want it. The field is named and not referred to:
 // in a packed structure it may be misaligned.
-template <class Struct, class Field, class Value> void give(const Struct &from, Field Struct::*field, Value *to) {
+template <class Struct, class Field, class Value>
+void give(const Struct &from, Field Struct::*field, Value *to) {
     static_assert(sizeof(Field) % sizeof(Value) == 0);
     if (to != nullptr) {
         std::memcpy(to, &(from.*field), sizeof(Field));
@@ -21,9 +22,10 @@ template <class Struct, class Field, class Value> void give(const Struct &from, 
 extern "C" {
 
 int32_t OVGetWaveParLV(float *waveParameters, float *instrumentDepth, int32_t *astInitialBadCount,
-                       int32_t *astSpikeCount, int32_t *qualityFlags, int32_t *spectrumSource, float *astLevel,
-                       float *astLevelEven, float *aliasingFrequency, float *checkedHeight, float *checkedMeanPeriod,
-                       float *cellVerticalRange, float *energyPeriod, int32_t *selectedCell) {
+                       int32_t *astSpikeCount, int32_t *qualityFlags, int32_t *spectrumSource,
+                       float *astLevel, float *astLevelEven, float *aliasingFrequency,
+                       float *checkedHeight, float *checkedMeanPeriod, float *cellVerticalRange,
+                       float *energyPeriod, int32_t *selectedCell) {
     OVWaveParameterSet set{};
     const int32_t status = OVGetWavePar(&set);
     if (status != 0) {
@@ -46,13 +48,14 @@ int32_t OVGetWaveParLV(float *waveParameters, float *instrumentDepth, int32_t *a
     return 0;
 }
 
-int32_t OVGetWaveSpectrumLV(uint8_t *spectrumKind, int32_t *count, int32_t *fineCount, float *energySpectrum,
-                            uint32_t *binInfo, float *secondSpectrum, float *fineSpectrum, float *direction,
-                            float *spread, float *coefP, float *coefQ, float *coefR, float *coefS,
-                            float *bandValue) {
+int32_t OVGetWaveSpectrumLV(uint8_t *spectrumKind, int32_t *count, int32_t *fineCount,
+                            float *energySpectrum, uint32_t *binInfo, float *secondSpectrum,
+                            float *fineSpectrum, float *direction, float *spread, float *coefP,
+                            float *coefQ, float *coefR, float *coefS, float *bandValue) {
     OVFourierCoefficientSpectra block{};
     if (binInfo != nullptr) {
-        std::memcpy(&block.binInfo, binInfo, sizeof block.binInfo); // places of unused beams stay the host's
+        std::memcpy(&block.binInfo, binInfo,
+                    sizeof block.binInfo); // places of unused beams stay the host's
     }
     const int32_t status = OVGetWaveSpectrum(&block);
     if (status != 0) {
@@ -78,9 +81,9 @@ int32_t OVGetWaveSpectrumLV(uint8_t *spectrumKind, int32_t *count, int32_t *fine
 int32_t OVGetBandEstLV(float *bandHm0, float *bandTm02, float *bandZero, float *bandPeakDirection,
                        float *bandMeanDirection, float *bandPeakSpread, uint32_t *bandMeanSpread,
                        uint16_t *bandStatus) {
-    if (bandHm0 == nullptr || bandTm02 == nullptr || bandZero == nullptr || bandPeakDirection == nullptr ||
-        bandMeanDirection == nullptr || bandPeakSpread == nullptr || bandMeanSpread == nullptr ||
-        bandStatus == nullptr || ov::currentRecord == nullptr) {
+    if (bandHm0 == nullptr || bandTm02 == nullptr || bandZero == nullptr ||
+        bandPeakDirection == nullptr || bandMeanDirection == nullptr || bandPeakSpread == nullptr ||
+        bandMeanSpread == nullptr || bandStatus == nullptr || ov::currentRecord == nullptr) {
         return ov::kNullArgument;
     }
     OVBandEstimate band{};

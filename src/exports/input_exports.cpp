@@ -15,10 +15,12 @@ int32_t OVSetWaveSample_ptr(OVRecord *record, OVWaveSample *sample) {
     return 0;
 }
 
-int32_t OVSetWaveSample(OVWaveSample *sample) { return OVSetWaveSample_ptr(ov::currentRecord, sample); }
+int32_t OVSetWaveSample(OVWaveSample *sample) {
+    return OVSetWaveSample_ptr(ov::currentRecord, sample);
+}
 
-int32_t OVSetWaveSampleLV(int32_t valid, float pressure, float astDistance1, const float *velocityAndAst2,
-                          const uint16_t *amplitude) {
+int32_t OVSetWaveSampleLV(int32_t valid, float pressure, float astDistance1,
+                          const float *velocityAndAst2, const uint16_t *amplitude) {
     if (velocityAndAst2 == nullptr || amplitude == nullptr) {
         return ov::kNullArgument;
     }
@@ -40,7 +42,9 @@ int32_t OVSetWaveSampleSUV_ptr(OVRecord *record, OVWaveSampleSUV *sample) {
     return 0;
 }
 
-int32_t OVSetWaveSampleSUV(OVWaveSampleSUV *sample) { return OVSetWaveSampleSUV_ptr(ov::currentRecord, sample); }
+int32_t OVSetWaveSampleSUV(OVWaveSampleSUV *sample) {
+    return OVSetWaveSampleSUV_ptr(ov::currentRecord, sample);
+}
 
 int32_t OVPreProcess_ptr(OVRecord *record, uint32_t /*unused*/, OVPreProcessOutput *output) {
     if (record == nullptr || output == nullptr) {
@@ -55,12 +59,14 @@ int32_t OVPreProcess(uint32_t unused, OVPreProcessOutput *output) {
 }
 
 // The two flags that go out in the structure do not come back here.
-int32_t OVPreProcessLV(uint32_t /*unused*/, float *astOut, float windowBelow, float windowAbove, int32_t useWindow,
-                       int32_t /*astValidIn*/, int32_t skipAstCleaning, int32_t /*doneIn*/) {
+int32_t OVPreProcessLV(uint32_t /*unused*/, float *astOut, float windowBelow, float windowAbove,
+                       int32_t useWindow, int32_t /*astValidIn*/, int32_t skipAstCleaning,
+                       int32_t /*doneIn*/) {
     if (ov::currentRecord == nullptr || astOut == nullptr) {
         return ov::kNullArgument;
     }
-    ov::preProcessFlat(*ov::currentRecord, {windowBelow, windowAbove, useWindow != 0, skipAstCleaning != 0}, astOut);
+    ov::preProcessFlat(*ov::currentRecord,
+                       {windowBelow, windowAbove, useWindow != 0, skipAstCleaning != 0}, astOut);
     return 0;
 }
 

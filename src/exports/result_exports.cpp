@@ -13,7 +13,9 @@ int32_t OVGetWavePar_ptr(OVRecord *record, OVWaveParameterSet *parameters) {
     return 0;
 }
 
-int32_t OVGetWavePar(OVWaveParameterSet *parameters) { return OVGetWavePar_ptr(ov::currentRecord, parameters); }
+int32_t OVGetWavePar(OVWaveParameterSet *parameters) {
+    return OVGetWavePar_ptr(ov::currentRecord, parameters);
+}
 
 int32_t OVGetWaveSpectrum_ptr(OVRecord *record, OVFourierCoefficientSpectra *spectra) {
     if (record == nullptr || spectra == nullptr) {
@@ -68,7 +70,8 @@ int32_t OVGetScaledEnergySpec(OVScaledEnergySpectrum *spectrum) {
     return OVGetScaledEnergySpec_ptr(ov::currentRecord, spectrum);
 }
 
-int32_t OVGetScaledEnergySpecAllType_ptr(OVRecord *record, int32_t kind, OVScaledEnergySpectrum *spectrum) {
+int32_t OVGetScaledEnergySpecAllType_ptr(OVRecord *record, int32_t kind,
+                                         OVScaledEnergySpectrum *spectrum) {
     if (record == nullptr || spectrum == nullptr) {
         return ov::kNullArgument;
     }
@@ -89,7 +92,8 @@ int32_t OVGetBandEst_ptr(OVRecord *record, OVBandEstimate *band) {
 
 int32_t OVGetBandEst(OVBandEstimate *band) { return OVGetBandEst_ptr(ov::currentRecord, band); }
 
-int32_t VELTAGetMeanBurstCurrent_ptr(OVRecord *record, int32_t selector, OVMeanCurrentQuery *query) {
+int32_t VELTAGetMeanBurstCurrent_ptr(OVRecord *record, int32_t selector,
+                                     OVMeanCurrentQuery *query) {
     if (record == nullptr || query == nullptr) {
         return ov::kNullArgument;
     }

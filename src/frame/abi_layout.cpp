@@ -6,9 +6,11 @@
 #include "orvikbase/orvikbase.h"
 
 #define OV_FIELD(S, field, at, bytes)                                                              \
-    static_assert(offsetof(S, field) == (at) && sizeof(S::field) == (bytes), #S "." #field " moved")
+    static_assert(offsetof(S, field) == (at) && sizeof(S::field) == (bytes), #S "." #field " move" \
+                                                                                           "d")
 #define OV_PACKED(S, bytes)                                                                        \
-    static_assert(sizeof(S) == (bytes) && alignof(S) == 1 && std::is_trivially_copyable_v<S>, #S " changed size")
+    static_assert(sizeof(S) == (bytes) && alignof(S) == 1 && std::is_trivially_copyable_v<S>,      \
+                  #S " changed size")
 
 static_assert(sizeof(OVRecord) == OV_RECORD_BYTES);
 static_assert(std::is_trivially_copyable_v<OVRecord> && std::is_standard_layout_v<OVRecord>);

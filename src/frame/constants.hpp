@@ -16,7 +16,8 @@ inline constexpr float kHalfPiF = 1.5707963705062866F;
 inline constexpr float kMissing = -9.0F; // any f32 result that could not be computed
 
 inline constexpr int kProfileInstrument = 16; // instrumentType with per-cell series
-inline constexpr float k400kHz = 400000.0F;   // compared exactly: the instrument that reports rate code 0
+inline constexpr float k400kHz =
+    400000.0F; // compared exactly: the instrument that reports rate code 0
 
 inline constexpr double kMatrixScale = 0.000244140625; // 1 / 4096, transformation-matrix entries
 

@@ -22,14 +22,17 @@
 namespace ov {
 namespace {
 
-constexpr double kDeepInstrument = 20.0; // [m] below this, velocity carries more of the waves than pressure
-constexpr double kTenthFactor = 1.27;    // H1/10 over Hm0 in a Rayleigh sea
-constexpr double kMaxFactor = 1.67;      // Hmax over Hm0
+constexpr double kDeepInstrument =
+    20.0; // [m] below this, velocity carries more of the waves than pressure
+constexpr double kTenthFactor = 1.27; // H1/10 over Hm0 in a Rayleigh sea
+constexpr double kMaxFactor = 1.67;   // Hmax over Hm0
 
 template <class Array> void clear(Array &array) { std::memset(array, 0, sizeof array); }
 
 bool wantsTrack(const WaveVariables &rec) { return rec.activeMethod == 2 || rec.activeMethod == 4; }
-bool usesDistribution(const WaveVariables &rec) { return rec.activeMethod == 3 || rec.activeMethod == 4; }
+bool usesDistribution(const WaveVariables &rec) {
+    return rec.activeMethod == 3 || rec.activeMethod == 4;
+}
 bool hasTrack(const WaveVariables &rec) { return wantsTrack(rec) && rec.surfaceTrackValid != 0; }
 
 // Heading with declination, in [0, 360]: the interval is closed.
@@ -63,7 +66,8 @@ void findMeanCurrent(WaveVariables &rec) {
     const double east = u;
     const double north = v;
     const double offset = rec.headingOffset * static_cast<double>(kPiF) / 180.0;
-    float direction = static_cast<float>(static_cast<double>(kHalfPiF) - std::atan2(north, east) + offset);
+    float direction =
+        static_cast<float>(static_cast<double>(kHalfPiF) - std::atan2(north, east) + offset);
     if (direction < 0.0F) {
         direction += kTwoPiF;
     }
@@ -108,7 +112,8 @@ void surfaceTrackStage(WaveVariables &rec) {
         analyseTrack(rec);
     } else {
         rec.qualityFlags |= OV_FLAG_NO_TRACK;
-        std::fill(rec.waveParameters + OV_H_THIRD, rec.waveParameters + OV_T_CROSSING + 1, kMissing);
+        std::fill(rec.waveParameters + OV_H_THIRD, rec.waveParameters + OV_T_CROSSING + 1,
+                  kMissing);
     }
     if (rec.surfaceTrackValid != 0) {
         return;
@@ -131,9 +136,9 @@ void settleSource(WaveVariables &rec) {
     }
     const bool profile = rec.instrumentType == kProfileInstrument;
     const bool deep = profile || static_cast<double>(rec.instrumentDepth) > kDeepInstrument;
-    const bool velocity =
-        rec.directionalInputMode == 1 || (rec.directionalInputMode == 2 && deep);
-    rec.spectrumSource = velocity && rec.activeMethod != 1 ? OV_SOURCE_VELOCITY : OV_SOURCE_PRESSURE;
+    const bool velocity = rec.directionalInputMode == 1 || (rec.directionalInputMode == 2 && deep);
+    rec.spectrumSource =
+        velocity && rec.activeMethod != 1 ? OV_SOURCE_VELOCITY : OV_SOURCE_PRESSURE;
 }
 
 // What a pass writes itself. The band spectra and the selected spectrum were computed before.
@@ -169,7 +174,8 @@ double turnedMeanDirection(const WaveVariables &rec) {
 }
 
 double binDirection(const WaveVariables &rec, int f) {
-    return rec.reverseDirections != 0 ? turnedMeanDirection(rec) : positiveAngle(radians(rec.meanDirection[f]));
+    return rec.reverseDirections != 0 ? turnedMeanDirection(rec)
+                                      : positiveAngle(radians(rec.meanDirection[f]));
 }
 
 void copyMatrix(WaveVariables &rec) {
@@ -283,7 +289,8 @@ void finalChecks(WaveVariables &rec) {
     if (rec.activeMethod >= 2 && rec.activeMethod <= 4) {
         maskAliasedBins(rec);
     }
-    const bool trackStands = rec.activeMethod != 3 && (rec.qualityFlags & OV_FLAG_TRACK_RANGE) == 0 &&
+    const bool trackStands = rec.activeMethod != 3 &&
+                             (rec.qualityFlags & OV_FLAG_TRACK_RANGE) == 0 &&
                              rec.surfaceTrackValid != 0 && rec.directionalInputMode > 1;
     if (trackStands) {
         return;

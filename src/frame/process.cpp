@@ -48,7 +48,8 @@ void deriveVelocityNoise(WaveVariables &rec) {
         return; // found with the cell
     }
     const double pings = rec.pingsPerSample;
-    rec.velocityNoise = static_cast<float>(562.5 / (std::sqrt(pings) * static_cast<double>(rec.cellSize)));
+    rec.velocityNoise =
+        static_cast<float>(562.5 / (std::sqrt(pings) * static_cast<double>(rec.cellSize)));
     rec.velocityNoiseMps = rec.velocityNoise / 100.0F;
 }
 

@@ -10,10 +10,10 @@ namespace ov {
 namespace {
 
 constexpr double kFlatTolerance = 5e-5;
-constexpr double kLeastSignal = 0.001;    // [m] mean absolute pressure
-constexpr double kClearance = 0.5;        // [m]
-constexpr double kGreatestTilt = 10.0;    // [degrees]
-constexpr double kBreakingFactor = 1.3;   // heights are limited by the water depth
+constexpr double kLeastSignal = 0.001;  // [m] mean absolute pressure
+constexpr double kClearance = 0.5;      // [m]
+constexpr double kGreatestTilt = 10.0;  // [degrees]
+constexpr double kBreakingFactor = 1.3; // heights are limited by the water depth
 
 double radians(float degrees) { return static_cast<double>(degrees) * kPi / 180.0; }
 
@@ -85,7 +85,8 @@ void checkTrackRange(WaveVariables &rec) {
     missWhen(w[OV_H_THIRD], kBreakingFactor * static_cast<double>(w[OV_H_THIRD]) > depth);
     // A highest tenth too high for the depth makes the highest third missing.
     missWhen(w[OV_H_THIRD], kBreakingFactor * static_cast<double>(w[OV_H_TENTH]) > depth);
-    if (std::any_of(w + OV_H_THIRD, w + OV_T_CROSSING + 1, [](float value) { return value == kMissing; })) {
+    if (std::any_of(w + OV_H_THIRD, w + OV_T_CROSSING + 1,
+                    [](float value) { return value == kMissing; })) {
         rec.qualityFlags |= OV_FLAG_TRACK_RANGE;
         std::fill(w + OV_H_THIRD, w + OV_T_CROSSING + 1, kMissing);
         rec.surfaceTrackValid = 0;
@@ -126,8 +127,8 @@ void checkSpectrumShape(WaveVariables &rec) {
 
 void checkValidity(WaveVariables &rec) {
     float *const w = rec.waveParameters;
-    for (const int slot : {OV_HM0, OV_H_THIRD, OV_H_TENTH, OV_H_MAX, OV_TM02, OV_TP, OV_MEAN_DIRECTION,
-                           OV_PEAK_SPREAD, OV_RESULTANT_LENGTH}) {
+    for (const int slot : {OV_HM0, OV_H_THIRD, OV_H_TENTH, OV_H_MAX, OV_TM02, OV_TP,
+                           OV_MEAN_DIRECTION, OV_PEAK_SPREAD, OV_RESULTANT_LENGTH}) {
         if (std::isnan(w[slot])) {
             w[slot] = kMissing;
             rec.qualityFlags |= OV_FLAG_INVALID_PARAMETERS;
@@ -143,11 +144,13 @@ void checkValidity(WaveVariables &rec) {
     outside(OV_MEAN_DIRECTION, 0.0F, 360.0F);
     outside(OV_PEAK_SPREAD, 0.0F, 90.0F);
     outside(OV_RESULTANT_LENGTH, 0.0F, 1.0F);
-    const int decisive[] = {OV_HM0, OV_TM02, OV_TP, OV_MEAN_DIRECTION, OV_PEAK_SPREAD, OV_RESULTANT_LENGTH};
-    if (std::any_of(std::begin(decisive), std::end(decisive), [w](int slot) { return w[slot] == kMissing; })) {
+    const int decisive[] = {
+        OV_HM0, OV_TM02, OV_TP, OV_MEAN_DIRECTION, OV_PEAK_SPREAD, OV_RESULTANT_LENGTH};
+    if (std::any_of(std::begin(decisive), std::end(decisive),
+                    [w](int slot) { return w[slot] == kMissing; })) {
         rec.qualityFlags |= OV_FLAG_INVALID_PARAMETERS;
-        for (const int slot : {OV_TM02, OV_PEAK_DIRECTION, OV_PEAK_SPREAD, OV_MEAN_DIRECTION, OV_RESULTANT_LENGTH,
-                               OV_T_CROSSING}) {
+        for (const int slot : {OV_TM02, OV_PEAK_DIRECTION, OV_PEAK_SPREAD, OV_MEAN_DIRECTION,
+                               OV_RESULTANT_LENGTH, OV_T_CROSSING}) {
             w[slot] = kMissing;
         }
         rec.checkedMeanPeriod = kMissing;

@@ -28,15 +28,15 @@ inline constexpr std::size_t kReservedBytes = 64038;
 struct OVRecord {
     // ---- Instrument configuration
     std::int32_t instrumentType;
-    std::int32_t samplingRate;   // [Hz], 0 stands for 0.75 Hz
-    std::uint32_t burstSamples;  // replaced by the header
-    float acousticFrequency;     // [Hz]
-    float slantAngle;            // [degrees] from the vertical
-    float beamAzimuth[4];        // [degrees]
-    std::int32_t attitudeMode;   // velocities are 0 east-north-up, 1 XYZ, 2 beam
-    float cellSize;              // [cm] along the beam
+    std::int32_t samplingRate;  // [Hz], 0 stands for 0.75 Hz
+    std::uint32_t burstSamples; // replaced by the header
+    float acousticFrequency;    // [Hz]
+    float slantAngle;           // [degrees] from the vertical
+    float beamAzimuth[4];       // [degrees]
+    std::int32_t attitudeMode;  // velocities are 0 east-north-up, 1 XYZ, 2 beam
+    float cellSize;             // [cm] along the beam
     std::uint32_t pingsPerSample;
-    float lagParameter;          // [m/s] ambiguity velocity, profile instrument
+    float lagParameter; // [m/s] ambiguity velocity, profile instrument
     std::int16_t transformMatrix[16];
     std::int16_t beamCount;
     std::uint16_t cellSizeCounts; // read as signed
@@ -57,9 +57,9 @@ struct OVRecord {
     double headingOffset;  // [degrees]
     double pressureOffset; // [m]
     std::int32_t specBandWidth;
-    std::int32_t directionalInputMode;   // of the run: settled by the driver
-    std::int32_t estimateMask;           // of the run: settled by the driver
-    std::int32_t configuredInputMode;    // the host's directionalInputMode, from which each run starts
+    std::int32_t directionalInputMode; // of the run: settled by the driver
+    std::int32_t estimateMask;         // of the run: settled by the driver
+    std::int32_t configuredInputMode; // the host's directionalInputMode, from which each run starts
     std::int32_t configuredEstimateMask; // the host's estimateMask, from which each run starts
     std::int32_t nDirections;
     float profileParamA;
@@ -150,9 +150,10 @@ struct OVRecord {
     float horizVelGain[ov::kMaxSeries]; // of the bin in hand
     float vertVelGain[ov::kMaxSeries];  // of the bin in hand
     std::int32_t mlmSeriesOrder[ov::kMaxSeries];
-    float crossSpectralMatrix[ov::kMaxSeries][ov::kMaxSeries]; // of the bin in hand, packed Hermitian
-    double mlmMatrix[ov::kMaxSeries][ov::kMaxSeries];          // of the bin in hand, packed Hermitian
-    double transferRe[ov::kMaxSeries][ov::kMaxDir];            // of the bin in hand
+    float crossSpectralMatrix[ov::kMaxSeries]
+                             [ov::kMaxSeries];        // of the bin in hand, packed Hermitian
+    double mlmMatrix[ov::kMaxSeries][ov::kMaxSeries]; // of the bin in hand, packed Hermitian
+    double transferRe[ov::kMaxSeries][ov::kMaxDir];   // of the bin in hand
     double transferIm[ov::kMaxSeries][ov::kMaxDir];
     double directionalDistribution[ov::kMaxDir];
     double mlmFirstEstimate[ov::kMaxDir];
@@ -167,28 +168,28 @@ struct OVRecord {
     float waveNumbers[ov::kMaxFreq]; // [rad/m]
     float pressureGain[ov::kMaxFreq];
     float vertVelGainSq[ov::kMaxFreq];
-    float currentAlongWave[ov::kMaxFreq];           // [m/s]
-    float spectrumVel[ov::kMaxFreq];                // [m^2/Hz] elevation from velocity
-    float spectrumPrs[ov::kMaxFreq];                // [m^2/Hz] elevation from pressure
-    float bandSpectrum[ov::kMaxFreq];               // [m^2/Hz] pressure, no depth correction
-    float bandSpectrumFine[ov::kMaxFreqFine];       // [m^2/Hz] surface track
-    float spectraUsed[ov::kMaxFreqFine];            // [m^2/Hz] behind the wave parameters
-    float paramFrequencies[ov::kMaxFreqFine];       // [Hz] axis of spectraUsed
+    float currentAlongWave[ov::kMaxFreq];                 // [m/s]
+    float spectrumVel[ov::kMaxFreq];                      // [m^2/Hz] elevation from velocity
+    float spectrumPrs[ov::kMaxFreq];                      // [m^2/Hz] elevation from pressure
+    float bandSpectrum[ov::kMaxFreq];                     // [m^2/Hz] pressure, no depth correction
+    float bandSpectrumFine[ov::kMaxFreqFine];             // [m^2/Hz] surface track
+    float spectraUsed[ov::kMaxFreqFine];                  // [m^2/Hz] behind the wave parameters
+    float paramFrequencies[ov::kMaxFreqFine];             // [Hz] axis of spectraUsed
     float beamElevSpectrum[ov::kMaxFreq][ov::kMaxSeries]; // [m^2/Hz] by beam
-    float meanDirection[ov::kMaxFreq];              // [degrees]
-    float directionalSpread[ov::kMaxFreq];          // [degrees]
-    float fourierA1[ov::kMaxFreqFine];              // entries past the main axis stay 0
+    float meanDirection[ov::kMaxFreq];                    // [degrees]
+    float directionalSpread[ov::kMaxFreq];                // [degrees]
+    float fourierA1[ov::kMaxFreqFine];                    // entries past the main axis stay 0
     float fourierB1[ov::kMaxFreqFine];
     float fourierA2[ov::kMaxFreq];
     float fourierB2[ov::kMaxFreq];
     double checkRatio[ov::kMaxFreq];
-    double depthAttenuation[ov::kMaxFreq];   // pressure response without the gain floor
-    double spectrumPrsWide[ov::kMaxFreq];    // spectrumPrs before narrowing
-    double lastPairCross[4][ov::kMaxFreq];   // cross-spectra of the last two series, times 1000
+    double depthAttenuation[ov::kMaxFreq]; // pressure response without the gain floor
+    double spectrumPrsWide[ov::kMaxFreq];  // spectrumPrs before narrowing
+    double lastPairCross[4][ov::kMaxFreq]; // cross-spectra of the last two series, times 1000
     double dirSpectrum[ov::kMaxFreq][ov::kMaxDir];
 
     // ---- Burst samples. The order matters: pressure, the three velocities and the fourth (astDistance2) are contiguous.
-    float pressureSeries[ov::kMaxSamples]; // [m]
+    float pressureSeries[ov::kMaxSamples];    // [m]
     float velocitySeries[3][ov::kMaxSamples]; // [m/s]
     float astDistance2Series[ov::kMaxSamples];
     float astSeries[ov::kMaxTrack]; // [m] two elements a sample
@@ -233,8 +234,9 @@ inline int mainBinCount(const WaveVariables &rec) {
     return rec.nFrequencies < 0 ? 0 : (rec.nFrequencies > kMaxFreq ? kMaxFreq : rec.nFrequencies);
 }
 inline int fineBinCount(const WaveVariables &rec) {
-    return rec.nFrequenciesFine < 0 ? 0
-                                    : (rec.nFrequenciesFine > kMaxFreqFine ? kMaxFreqFine : rec.nFrequenciesFine);
+    return rec.nFrequenciesFine < 0
+               ? 0
+               : (rec.nFrequenciesFine > kMaxFreqFine ? kMaxFreqFine : rec.nFrequenciesFine);
 }
 inline int directionCount(const WaveVariables &rec) {
     return rec.nDirections < 0 ? 0 : (rec.nDirections > kMaxDir ? kMaxDir : rec.nDirections);

@@ -68,7 +68,8 @@ Outcome run(WaveVariables &rec, const HostView &host, bool pressureRows) {
     if (pressureRows && rec.processingMethod == 1) {
         writePressureRows(rec, host);
     }
-    rec.instrumentDepth = static_cast<float>(detrendSeries(rec, rec.pressureSeries, rec.burstLength));
+    rec.instrumentDepth =
+        static_cast<float>(detrendSeries(rec, rec.pressureSeries, rec.burstLength));
     const double depth = rec.instrumentDepth;
     rec.waterDepth = static_cast<float>(depth + rec.levelOffset);
     const bool track = hasSurfaceTrack(rec.processingMethod);

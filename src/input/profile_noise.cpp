@@ -10,9 +10,9 @@ namespace ov {
 namespace {
 
 // An empirical model of a coded-pulse instrument with a relative bandwidth of 0.25.
-constexpr double kSoundSpeed = 1500.0;       // [m/s]
-constexpr double kSignalToNoise = 10.0;      // [dB]
-constexpr double kWidebandLimit = 56000.0;   // [Hz] slower samplers work at the wideband rate instead
+constexpr double kSoundSpeed = 1500.0;     // [m/s]
+constexpr double kSignalToNoise = 10.0;    // [dB]
+constexpr double kWidebandLimit = 56000.0; // [Hz] slower samplers work at the wideband rate instead
 constexpr double kWidebandSampling = 62500.0; // [Hz]
 
 double beamAngleDegrees(int kiloHertz) {
@@ -47,8 +47,10 @@ double lagLength(double ambiguityVelocity) {
 } // namespace
 
 float profileVelocityNoise(const WaveVariables &rec) {
-    const int kiloHertz = truncateToInt(std::round(static_cast<double>(rec.acousticFrequency) / 1000.0));
-    const double cosine = rec.beamCount < 2 ? 1.0 : std::cos(beamAngleDegrees(kiloHertz) * kPi / 180.0);
+    const int kiloHertz =
+        truncateToInt(std::round(static_cast<double>(rec.acousticFrequency) / 1000.0));
+    const double cosine =
+        rec.beamCount < 2 ? 1.0 : std::cos(beamAngleDegrees(kiloHertz) * kPi / 180.0);
     const double cell = static_cast<double>(rec.sensorHeight) / cosine;
     const double fs = samplingFrequency(kiloHertz);
 

@@ -51,7 +51,8 @@ double troughDistance(const WaveVariables &rec) {
     }
     double least = 10000.0;
     for (int i = 0; i < rec.astLength; ++i) {
-        const double relative = static_cast<double>(rec.astSeries[i]) - static_cast<double>(rec.instrumentDepth);
+        const double relative =
+            static_cast<double>(rec.astSeries[i]) - static_cast<double>(rec.instrumentDepth);
         least = std::min(least, relative + i * rec.trendSlope + rec.trendIntercept);
     }
     return static_cast<double>(rec.profileParamA) / 100.0 * least;
@@ -79,7 +80,9 @@ int cellBelowTroughs(const WaveVariables &rec) {
     const double steepest = steepestBeamCosine(rec);
     const double length = rec.sensorHeight;
     const double blanking = rec.sensorDepth;
-    const auto margin = [&](int cell) { return trough - ((cell + 2) * length + blanking) * steepest; };
+    const auto margin = [&](int cell) {
+        return trough - ((cell + 2) * length + blanking) * steepest;
+    };
     double best = margin(0);
     int selected = 0;
     const int cells = static_cast<int>(std::min<std::uint32_t>(rec.nCells, kMaxCells));
@@ -122,7 +125,8 @@ void takeCell(WaveVariables &rec, OVPreProcessOutput &output) {
     for (int i = 0; i < samples; ++i) {
         OVPreProcessRow &row = output.rows[i];
         for (int b = 0; b < kMaxBeams; ++b) {
-            const float velocity = static_cast<float>(rec.profileVelocityStore[b][i][cell] / 1000.0);
+            const float velocity =
+                static_cast<float>(rec.profileVelocityStore[b][i][cell] / 1000.0);
             velocitySeriesData(rec, b)[i] = velocity;
             row.velocity[b] = velocity;
             row.amplitude[b] = rec.profileAmplitudeStore[b][i][cell];
@@ -141,7 +145,8 @@ void preparePressure(WaveVariables &rec, const HostView &host) {
     if (rec.processingMethod == 1) {
         writePressureRows(rec, host);
     }
-    rec.instrumentDepth = static_cast<float>(detrendSeries(rec, rec.pressureSeries, rec.burstLength));
+    rec.instrumentDepth =
+        static_cast<float>(detrendSeries(rec, rec.pressureSeries, rec.burstLength));
     rec.waterDepth = static_cast<float>(static_cast<double>(rec.instrumentDepth) + rec.levelOffset);
 }
 

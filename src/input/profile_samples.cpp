@@ -12,7 +12,8 @@ void storeProfile(WaveVariables &rec, int i, const OVWaveSampleProfile &sample) 
     }
     const std::size_t cells = std::min<std::size_t>(rec.nCells, kMaxCells);
     for (int b = 0; b < kMaxBeams; ++b) {
-        std::memcpy(rec.profileVelocityStore[b][i], &sample.profileVelocity[b], cells * sizeof(std::int16_t));
+        std::memcpy(rec.profileVelocityStore[b][i], &sample.profileVelocity[b],
+                    cells * sizeof(std::int16_t));
         std::memcpy(rec.profileAmplitudeStore[b][i], &sample.profileAmplitude[b], cells);
         std::memcpy(rec.profileCorrelationStore[b][i], &sample.profileCorrelation[b], cells);
     }
@@ -23,7 +24,8 @@ void storeProfile(WaveVariables &rec, int i, const OVWaveSampleProfile &sample) 
 
 void storeValid(WaveVariables &rec, int i, const OVWaveSampleProfile &sample) {
     const double pressure = sample.pressure;
-    rec.pressureSeries[i] = static_cast<float>(pressure + rec.pressureOffset + static_cast<double>(rec.depthOffset));
+    rec.pressureSeries[i] =
+        static_cast<float>(pressure + rec.pressureOffset + static_cast<double>(rec.depthOffset));
     const float chosen = rec.profileParamB != 0 ? sample.astDistance2 : sample.astDistance1;
     rec.astSeries[i] = chosen + rec.depthOffset; // single rate here
     rec.astSampleRateSeries[i] = sample.astDistance2 + rec.depthOffset;
@@ -56,7 +58,9 @@ template <class Store> void repeatCells(Store &store, int i, std::size_t cells) 
 
 } // namespace
 
-std::size_t keptCells(const WaveVariables &rec) { return std::clamp<std::size_t>(rec.nCells, 1, kMaxCells); }
+std::size_t keptCells(const WaveVariables &rec) {
+    return std::clamp<std::size_t>(rec.nCells, 1, kMaxCells);
+}
 
 void clearProfileAt(WaveVariables &rec, int i) {
     const std::size_t cells = keptCells(rec);

@@ -14,7 +14,8 @@ constexpr std::int32_t kWeakSignalBit = OV_FLAG_WEAK_AMPLITUDE;
 
 void storeValid(WaveVariables &rec, int i, const OVWaveSample &sample) {
     const double pressure = sample.pressure;
-    rec.pressureSeries[i] = static_cast<float>(pressure + rec.pressureOffset + static_cast<double>(rec.depthOffset));
+    rec.pressureSeries[i] =
+        static_cast<float>(pressure + rec.pressureOffset + static_cast<double>(rec.depthOffset));
     for (int b = 0; b < 3; ++b) {
         rec.velocitySeries[b][i] = sample.velocity[b];
     }
@@ -51,7 +52,8 @@ void storeAt(WaveVariables &rec, int i, const OVWaveSample &sample) {
         storeMissing(rec, i);
     }
     if (rec.instrumentType == kProfileInstrument) {
-        clearProfileAt(rec, i); // a point sample has no profile, and must not show an earlier burst's
+        clearProfileAt(rec,
+                       i); // a point sample has no profile, and must not show an earlier burst's
     }
 }
 

@@ -99,7 +99,8 @@ void replaceListed(const IndexList &list, const SeriesView &x) {
     for (int at = 0; at < list.count;) {
         const int start = list.index[static_cast<std::size_t>(at)];
         int count = 1;
-        while (at + count < list.count && list.index[static_cast<std::size_t>(at + count)] == start + count) {
+        while (at + count < list.count &&
+               list.index[static_cast<std::size_t>(at + count)] == start + count) {
             ++count;
         }
         at += count;

@@ -27,7 +27,9 @@ double distanceCeiling(float waterDepth) {
 // every element out of range. A track without a plausible start is not usable.
 void listOutOfRange(WaveVariables &rec, const SeriesView &x, IndexList &list) {
     const double ceiling = distanceCeiling(rec.waterDepth);
-    const auto plausible = [&](float value) { return value != 0.0F && static_cast<double>(value) < ceiling; };
+    const auto plausible = [&](float value) {
+        return value != 0.0F && static_cast<double>(value) < ceiling;
+    };
     const int leading = std::min(kLeadingElements, x.length);
     int i = 0;
     while (i < leading && !plausible(x.data[i])) {
@@ -129,7 +131,8 @@ void cleanInRange(WaveVariables &rec, const SeriesView &x, int limit) {
     }
     rec.astSpikeCount += spikes;
     rec.astBadCount += rec.astSpikeCount; // the first jumps count twice
-    const double levelError = static_cast<double>(rec.astLevel) - static_cast<double>(rec.instrumentDepth);
+    const double levelError =
+        static_cast<double>(rec.astLevel) - static_cast<double>(rec.instrumentDepth);
     if (rec.astBadCount >= limit || std::abs(levelError) > kLevelTolerance) {
         rec.surfaceTrackValid = 0;
     }

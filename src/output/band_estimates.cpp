@@ -104,10 +104,12 @@ double turned(double degrees, bool reverse) {
 }
 
 // Direction of the energy-weighted coefficients. They are not normalised bin by bin here, unlike the burst's own mean.
-void meanDirectionAndSpread(const WaveVariables &rec, const DirectionalSums &sums, OVBandEstimate &band) {
+void meanDirectionAndSpread(const WaveVariables &rec, const DirectionalSums &sums,
+                            OVBandEstimate &band) {
     const float a = sums.east / sums.energy;
     const float b = sums.north / sums.energy;
-    double direction = (kHalfPi - std::atan2(static_cast<double>(b), static_cast<double>(a))) * 180.0 / kPi;
+    double direction =
+        (kHalfPi - std::atan2(static_cast<double>(b), static_cast<double>(a))) * 180.0 / kPi;
     if (direction < 0.0) {
         direction += 360.0;
     }
@@ -156,7 +158,8 @@ PeakCoefficients coefficientsAt(const WaveVariables &rec, int j, float fp) {
     const double spacing = std::abs(here - static_cast<double>(f[neighbour]));
     const auto at = [=](const float *coefficient) {
         const double own = coefficient[j];
-        return std::abs(own - static_cast<double>(coefficient[neighbour])) * distance / spacing + own;
+        return std::abs(own - static_cast<double>(coefficient[neighbour])) * distance / spacing +
+               own;
     };
     return {at(rec.fourierA1), at(rec.fourierB1), rec.fourierB1[j] == rec.fourierB1[neighbour]};
 }
@@ -185,7 +188,8 @@ void peakDirectionAndSpread(const WaveVariables &rec, const BinRange &range, OVB
     band.bandPeakDirection = static_cast<float>(turned(direction, rec.reverseDirections != 0));
     const double r = std::sqrt(peak.a1 * peak.a1 + peak.b1 * peak.b1 + 1e-20);
     // Coefficients that are no numbers leave a spread that is none, not a spread of 0.
-    band.bandPeakSpread = static_cast<float>(std::sqrt((1.0 - std::min(r, 1.0)) * 2.0) * 180.0 / kPi);
+    band.bandPeakSpread =
+        static_cast<float>(std::sqrt((1.0 - std::min(r, 1.0)) * 2.0) * 180.0 / kPi);
 }
 
 float numberOrMissing(float value) { return std::isnan(value) ? kMissing : value; }

@@ -13,7 +13,8 @@
 namespace ov {
 namespace {
 
-constexpr std::int32_t kTrackOnlyMode = 3; // directionalInputMode: no results without the surface track
+constexpr std::int32_t kTrackOnlyMode =
+    3; // directionalInputMode: no results without the surface track
 constexpr std::uint8_t kKindPlain = 11;
 constexpr std::uint8_t kKindWithTrack = 15;
 
@@ -25,7 +26,8 @@ bool trackMissing(const WaveVariables &rec) {
 float missingInteger() { return std::bit_cast<float>(std::int32_t{OV_MISSING_INTEGER}); }
 
 void setResultsMissing(const WaveVariables &rec, OVWaveParameterSet &out) {
-    for (std::size_t i = 0; i < OV_WAVE_PARAMETERS; ++i) { // by index: host memory may be misaligned
+    for (std::size_t i = 0; i < OV_WAVE_PARAMETERS;
+         ++i) { // by index: host memory may be misaligned
         out.waveParameters[i] = kMissing;
     }
     out.instrumentDepth = kMissing;
@@ -57,7 +59,8 @@ void clearSpectra(const WaveVariables &rec, OVFourierCoefficientSpectra &out) {
     auto *const bytes = reinterpret_cast<unsigned char *>(&out);
     std::memset(&out.energySpectrum, 0, sizeof out.energySpectrum);
     std::memset(bytes + kBehindBeams, 0, sizeof out - kBehindBeams);
-    const auto inUse = static_cast<std::size_t>(std::clamp(rec.velocitySeriesCount, 0, 4)) * sizeof(float);
+    const auto inUse =
+        static_cast<std::size_t>(std::clamp(rec.velocitySeriesCount, 0, 4)) * sizeof(float);
     for (std::size_t i = 0; i < kMaxFreq; ++i) {
         std::memset(bytes + kBeams + i * kBeamBytes, 0, inUse);
     }
@@ -72,7 +75,8 @@ void copySpectra(const WaveVariables &rec, OVFourierCoefficientSpectra &out, int
 void copyBeams(const WaveVariables &rec, OVFourierCoefficientSpectra &out, int i) {
     constexpr std::size_t kPlaces = sizeof out.binInfo / sizeof(float);
     const auto first = static_cast<std::size_t>(i) * 4;
-    const auto wanted = static_cast<std::size_t>(std::clamp(rec.velocitySeriesCount, 0, kMaxSeries));
+    const auto wanted =
+        static_cast<std::size_t>(std::clamp(rec.velocitySeriesCount, 0, kMaxSeries));
     const std::size_t fitting = std::min(wanted, kPlaces - first);
     auto *const bytes = reinterpret_cast<unsigned char *>(out.binInfo);
     std::memcpy(bytes + first * sizeof(float), rec.beamElevSpectrum[i], fitting * sizeof(float));
@@ -115,7 +119,8 @@ void copyBin(WaveVariables &rec, OVFourierCoefficientSpectra &out, int i) {
 }
 
 // n values scaled so that the largest becomes 65535; 0 throughout without energy.
-void scaleSpectrum(const WaveVariables &rec, const float *spectrum, int n, OVScaledEnergySpectrum &out) {
+void scaleSpectrum(const WaveVariables &rec, const float *spectrum, int n,
+                   OVScaledEnergySpectrum &out) {
     for (int i = 0; i < fineBinCount(rec); ++i) {
         out.values[i] = 0;
     }
@@ -124,8 +129,10 @@ void scaleSpectrum(const WaveVariables &rec, const float *spectrum, int n, OVSca
         largest = std::max(largest, spectrum[i] * 10000.0F);
     }
     for (int i = 0; i < n; ++i) {
-        const double scaled = static_cast<double>(spectrum[i]) * 65535.0 * 10000.0 / static_cast<double>(largest);
-        out.values[i] = largest > 0.0F ? static_cast<std::uint16_t>(truncateToInt(scaled)) : std::uint16_t{0};
+        const double scaled =
+            static_cast<double>(spectrum[i]) * 65535.0 * 10000.0 / static_cast<double>(largest);
+        out.values[i] =
+            largest > 0.0F ? static_cast<std::uint16_t>(truncateToInt(scaled)) : std::uint16_t{0};
     }
     out.scaleMax = static_cast<std::uint32_t>(truncateToInt(static_cast<double>(largest)));
 }
@@ -148,7 +155,8 @@ void getWaveParameters(const WaveVariables &rec, OVWaveParameterSet &out) {
     out.spectrumSource = rec.spectrumSource;
     out.selectedCell = rec.selectedCell + 1;
     const double slant = static_cast<double>(rec.slantAngle) * kPi / 180.0;
-    out.cellVerticalRange = static_cast<float>(std::cos(slant) * static_cast<double>(rec.headerDepth));
+    out.cellVerticalRange =
+        static_cast<float>(std::cos(slant) * static_cast<double>(rec.headerDepth));
     out.energyPeriod = rec.energyPeriod;
 }
 
@@ -176,7 +184,8 @@ void getWaveSpectrum(WaveVariables &rec, OVFourierCoefficientSpectra &out) {
 
 void getEnergySpectrum(const WaveVariables &rec, OVEnergySpectrumBlock &out) {
     out.count = rec.nFrequencies;
-    std::memcpy(&out.values, rec.spectraUsed, static_cast<std::size_t>(mainBinCount(rec)) * sizeof(float));
+    std::memcpy(&out.values, rec.spectraUsed,
+                static_cast<std::size_t>(mainBinCount(rec)) * sizeof(float));
 }
 
 void getScaledEnergySpectrum(const WaveVariables &rec, OVScaledEnergySpectrum &out) {
@@ -184,7 +193,8 @@ void getScaledEnergySpectrum(const WaveVariables &rec, OVScaledEnergySpectrum &o
     scaleSpectrum(rec, rec.spectraUsed, track ? fineBinCount(rec) : mainBinCount(rec), out);
 }
 
-void getScaledSpectrumOfKind(const WaveVariables &rec, std::int32_t kind, OVScaledEnergySpectrum &out) {
+void getScaledSpectrumOfKind(const WaveVariables &rec, std::int32_t kind,
+                             OVScaledEnergySpectrum &out) {
     switch (kind) {
     case OV_SOURCE_PRESSURE:
         scaleSpectrum(rec, rec.spectrumPrs, mainBinCount(rec), out);

@@ -16,7 +16,8 @@ void getEnergySpectrum(const WaveVariables &rec, OVEnergySpectrumBlock &out);
 void getScaledEnergySpectrum(const WaveVariables &rec, OVScaledEnergySpectrum &out);
 
 // The same of a spectrum by kind: 0 pressure, 1 velocity, 3 surface track, any other the one behind the parameters.
-void getScaledSpectrumOfKind(const WaveVariables &rec, std::int32_t kind, OVScaledEnergySpectrum &out);
+void getScaledSpectrumOfKind(const WaveVariables &rec, std::int32_t kind,
+                             OVScaledEnergySpectrum &out);
 
 // Three values of the mean current by `selector`; returns false for a selector that names none.
 bool getMeanCurrent(const WaveVariables &rec, std::int32_t selector, float (&values)[3]);

@@ -143,8 +143,8 @@ MatrixN instrumentMatrix(const WaveVariables &rec, int n) {
     return matrix;
 }
 
-MatrixN coordinateTransformMatrix(int from, int to, int n, int orientation, const Attitude &attitude,
-                                  const MatrixN &instrument) {
+MatrixN coordinateTransformMatrix(int from, int to, int n, int orientation,
+                                  const Attitude &attitude, const MatrixN &instrument) {
     if (from == to) {
         return identity();
     }

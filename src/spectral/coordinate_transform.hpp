@@ -24,7 +24,7 @@ MatrixN instrumentMatrix(const WaveVariables &rec, int n);
 
 // Matrix that takes a velocity from coordinate system `from` to `to` (0 east-north-up, 1 XYZ, 2 beam) for the given
 // mounting orientation and attitude.
-MatrixN coordinateTransformMatrix(int from, int to, int n, int orientation, const Attitude &attitude,
-                                  const MatrixN &instrument);
+MatrixN coordinateTransformMatrix(int from, int to, int n, int orientation,
+                                  const Attitude &attitude, const MatrixN &instrument);
 
 } // namespace ov

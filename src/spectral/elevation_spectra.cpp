@@ -32,7 +32,9 @@ float elevationFromPressure(float pressureSpectrum, float gain) {
     return static_cast<float>(static_cast<double>(pressureSpectrum) / (g * g));
 }
 
-float squaredHorizontalGain(const WaveVariables &rec) { return rec.horizVelGain[0] * rec.horizVelGain[0]; }
+float squaredHorizontalGain(const WaveVariables &rec) {
+    return rec.horizVelGain[0] * rec.horizVelGain[0];
+}
 
 // Auto-spectrum of the series `fromEnd` places before the end of the list.
 float autoFromEnd(const WaveVariables &rec, int fromEnd) {
@@ -86,8 +88,8 @@ int upperLimit(const WaveVariables &rec, int n) {
 int pressureCut(const WaveVariables &rec, int n) {
     int cut = n - 1;
     for (int i = 0; i < n; ++i) {
-        const double response =
-            static_cast<double>(rec.pressureGain[i]) / (kTwoPi * static_cast<double>(rec.frequencies[i]));
+        const double response = static_cast<double>(rec.pressureGain[i]) /
+                                (kTwoPi * static_cast<double>(rec.frequencies[i]));
         if (static_cast<double>(rec.pressureCutRatio) > response) {
             cut = i;
             break;
@@ -175,18 +177,20 @@ void elevationSpectraPerBeam(WaveVariables &rec, int i) {
 
 void checkRatioAtBin(WaveVariables &rec, int i) {
     const float horizontal = rec.crossSpectralMatrix[1][1] + rec.crossSpectralMatrix[0][0];
-    const double fromVelocity = static_cast<double>(horizontal) / static_cast<double>(squaredHorizontalGain(rec));
+    const double fromVelocity =
+        static_cast<double>(horizontal) / static_cast<double>(squaredHorizontalGain(rec));
     const double gain = rec.pressureGain[i];
     switch (rec.activeMethod) {
     case 4:
-        rec.checkRatio[i] =
-            std::sqrt(static_cast<double>(rec.spectrumVel[i]) / static_cast<double>(autoFromEnd(rec, 2)));
+        rec.checkRatio[i] = std::sqrt(static_cast<double>(rec.spectrumVel[i]) /
+                                      static_cast<double>(autoFromEnd(rec, 2)));
         break;
     case 2:
         rec.checkRatio[i] = std::sqrt(fromVelocity / static_cast<double>(autoFromEnd(rec, 2)));
         break;
     case 1:
-        rec.checkRatio[i] = std::sqrt(fromVelocity / (static_cast<double>(autoFromEnd(rec, 1)) / (gain * gain)));
+        rec.checkRatio[i] =
+            std::sqrt(fromVelocity / (static_cast<double>(autoFromEnd(rec, 1)) / (gain * gain)));
         break;
     default:
         break;

@@ -32,7 +32,9 @@ Matrix3 attitudeMatrix(const WaveVariables &rec) {
 }
 
 // Along-beam velocities to east, north, up.
-Matrix3 beamToEarth(const WaveVariables &rec) { return multiply(attitudeMatrix(rec), instrumentMatrix(rec)); }
+Matrix3 beamToEarth(const WaveVariables &rec) {
+    return multiply(attitudeMatrix(rec), instrumentMatrix(rec));
+}
 
 // Row b is the direction of beam b in the level frame at heading 0; takes a velocity to the beams.
 Matrix3 beamDirections(const WaveVariables &rec) {
@@ -74,7 +76,8 @@ Vector3 sampleVelocity(const WaveVariables &rec, int i) {
 // Component `row` of the converted sample, as it would be stored.
 float convertedComponent(const WaveVariables &rec, const Matrix3 &matrix, std::size_t row, int i) {
     const Vector3 v = sampleVelocity(rec, i);
-    return static_cast<float>(matrix[row][0] * v[0] + matrix[row][1] * v[1] + matrix[row][2] * v[2]);
+    return static_cast<float>(matrix[row][0] * v[0] + matrix[row][1] * v[1] +
+                              matrix[row][2] * v[2]);
 }
 
 void storeMeanVelocity(WaveVariables &rec, const Vector3 &mean) {
@@ -111,7 +114,9 @@ Vector3 convertedMeans(const WaveVariables &rec, const Matrix3 &matrix) {
         for (int i = 0; i < rec.burstLength; ++i) {
             sum += convertedComponent(rec, matrix, c, i);
         }
-        mean[c] = rec.burstLength > 0 ? static_cast<double>(sum / static_cast<float>(rec.burstLength)) : 0.0;
+        mean[c] = rec.burstLength > 0
+                      ? static_cast<double>(sum / static_cast<float>(rec.burstLength))
+                      : 0.0;
     }
     return mean;
 }
@@ -160,7 +165,8 @@ Conversion prepareEastNorthUp(WaveVariables &rec) {
     return conversion;
 }
 
-void transformVelocity(WaveVariables &rec, int slot, std::size_t component, const Conversion &conversion) {
+void transformVelocity(WaveVariables &rec, int slot, std::size_t component,
+                       const Conversion &conversion) {
     if (!conversion.needed) {
         transformSeries(rec, slot, rec.velocitySeries[component]);
         return;
@@ -200,7 +206,8 @@ void listAlongBeam(WaveVariables &rec, const Conversion &conversion) {
     const bool vertical = hasBit(rec, kMaskVerticalBeam);
     if (vertical && rec.activeMethod == 3) {
         rec.seriesType[count] = kVelocitySeries;
-        transformSeries(rec, count, rec.astDistance2Series); // the fourth velocity: the vertical beam
+        transformSeries(rec, count,
+                        rec.astDistance2Series); // the fourth velocity: the vertical beam
         ++count;
     }
     rec.velocitySeriesCount = count;
@@ -222,7 +229,9 @@ void listEastNorthUp(WaveVariables &rec, const Conversion &conversion) {
 }
 
 // A track entry has a direction only with its own bit or beam 1; without one its distances are taken as vertical.
-bool trackHasDirection(const WaveVariables &rec) { return hasBit(rec, kMaskBeam1) || hasBit(rec, kMaskVerticalBeam); }
+bool trackHasDirection(const WaveVariables &rec) {
+    return hasBit(rec, kMaskBeam1) || hasBit(rec, kMaskVerticalBeam);
+}
 
 void placeSeries(WaveVariables &rec) {
     for (int k = 0; k < rec.seriesCount; ++k) {

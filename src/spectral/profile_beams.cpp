@@ -76,7 +76,8 @@ Matrix4 inverse(Matrix4 m) {
 // Beams to the level frame: X, Y and the mean of both vertical estimates, turned by the tilt.
 Matrix3x4 beamsToLevel(const WaveVariables &rec) {
     const Matrix4 toXyz = inverse(beamMatrix(rec));
-    const Matrix3 tilt = tiltTurn(radians(static_cast<double>(rec.pitch)), radians(static_cast<double>(rec.roll)));
+    const Matrix3 tilt =
+        tiltTurn(radians(static_cast<double>(rec.pitch)), radians(static_cast<double>(rec.roll)));
     const Matrix3 level = multiply(headingTurn(radians(-90.0)), tilt);
     Matrix3x4 result{};
     for (Index c = 0; c < 4; ++c) {

@@ -24,7 +24,8 @@ bool hasBit(const WaveVariables &rec, int bit) { return (rec.estimateMask & bit)
 
 // Room for converted velocities: nothing else needs these places before the transforms of the track.
 std::array<float *, kMaxBeams> scratchSeries(WaveVariables &rec) {
-    return {rec.fftWork + kMaxTrack, rec.fftWork + kMaxTrack + kMaxSamples, rec.astSpecRe, rec.astSpecIm};
+    return {rec.fftWork + kMaxTrack, rec.fftWork + kMaxTrack + kMaxSamples, rec.astSpecRe,
+            rec.astSpecIm};
 }
 
 SeriesSet storedSeries(WaveVariables &rec) {
@@ -68,10 +69,12 @@ SeriesSet convert(WaveVariables &rec, int to, int n) {
     const auto target = scratchSeries(rec);
     const MatrixN instrument = instrumentMatrix(rec, n);
     const bool constant = rec.attitudeMode == OV_VELOCITY_XYZ && to == OV_VELOCITY_BEAM;
-    MatrixN matrix = coordinateTransformMatrix(rec.attitudeMode, to, n, kOrientation, attitudeAt(rec, 0), instrument);
+    MatrixN matrix = coordinateTransformMatrix(rec.attitudeMode, to, n, kOrientation,
+                                               attitudeAt(rec, 0), instrument);
     for (int i = 0; i < rec.burstLength; ++i) {
         if (!constant) {
-            matrix = coordinateTransformMatrix(rec.attitudeMode, to, n, kOrientation, attitudeAt(rec, i), instrument);
+            matrix = coordinateTransformMatrix(rec.attitudeMode, to, n, kOrientation,
+                                               attitudeAt(rec, i), instrument);
         }
         const Sample before = sampleAt(source, i);
         Sample after = multiply(matrix, before, n);
@@ -99,15 +102,16 @@ SeriesSet averageVertical(WaveVariables &rec) {
 }
 
 SeriesSet prepareAlongBeam(WaveVariables &rec, int n) {
-    const SeriesSet series =
-        rec.attitudeMode == OV_VELOCITY_BEAM ? storedSeries(rec) : convert(rec, OV_VELOCITY_BEAM, n);
+    const SeriesSet series = rec.attitudeMode == OV_VELOCITY_BEAM
+                                 ? storedSeries(rec)
+                                 : convert(rec, OV_VELOCITY_BEAM, n);
     Sample means{};
     for (Index s = 0; s < kMaxBeams; ++s) {
         means[s] = meanOf(series[s], rec.burstLength);
     }
     const Attitude burst{rec.heading, rec.pitch, rec.roll};
-    const MatrixN toEarth = coordinateTransformMatrix(OV_VELOCITY_BEAM, OV_VELOCITY_ENU, n, kOrientation, burst,
-                                                      instrumentMatrix(rec, n));
+    const MatrixN toEarth = coordinateTransformMatrix(
+        OV_VELOCITY_BEAM, OV_VELOCITY_ENU, n, kOrientation, burst, instrumentMatrix(rec, n));
     const Sample earth = multiply(toEarth, means, n);
     for (Index c = 0; c < kMaxBeams; ++c) {
         rec.meanVelocity[c] = earth[c];

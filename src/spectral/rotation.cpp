@@ -24,7 +24,9 @@ Matrix3 tiltTurn(double p, double r) {
     return {{{cp, -sp * sr, -cr * sp}, {0.0, cr, -sr}, {sp, sr * cp, cp * cr}}};
 }
 
-Matrix3 tiltMatrix(float pitch, float roll) { return tiltTurn(radiansFromDegrees(pitch), radiansFromDegrees(roll)); }
+Matrix3 tiltMatrix(float pitch, float roll) {
+    return tiltTurn(radiansFromDegrees(pitch), radiansFromDegrees(roll));
+}
 
 Matrix3 multiply(const Matrix3 &a, const Matrix3 &b) {
     Matrix3 product{};
@@ -52,7 +54,8 @@ Matrix3 inverse(const Matrix3 &m) {
         const std::size_t c2 = (c + 2) % 3;
         return m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1]; // cyclic: carries its sign
     };
-    const double determinant = m[0][0] * minor(0, 0) + m[0][1] * minor(0, 1) + m[0][2] * minor(0, 2);
+    const double determinant =
+        m[0][0] * minor(0, 0) + m[0][1] * minor(0, 1) + m[0][2] * minor(0, 2);
     Matrix3 result{};
     for (std::size_t i = 0; i < 3; ++i) {
         for (std::size_t j = 0; j < 3; ++j) {

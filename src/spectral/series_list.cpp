@@ -14,7 +14,8 @@ void clearSeriesList(WaveVariables &rec) {
     rec.nMlmSeries = 0;
     rec.pressureSeriesIndex = 0;
     std::fill(std::begin(rec.seriesType), std::end(rec.seriesType), 0);
-    for (float *list : {rec.seriesX, rec.seriesY, rec.seriesDepth, rec.beamDirX, rec.beamDirY, rec.beamDirZ}) {
+    for (float *list :
+         {rec.seriesX, rec.seriesY, rec.seriesDepth, rec.beamDirX, rec.beamDirY, rec.beamDirZ}) {
         std::fill_n(list, kMaxSeries, 0.0F);
     }
     std::fill(std::begin(rec.meanVelocity), std::end(rec.meanVelocity), 0.0F);

@@ -65,7 +65,8 @@ double samplingDelay(const WaveVariables &rec, int j, double previous) {
 }
 
 // Transfer function of series s for direction (cos theta, sin theta); false leaves `re`, `im` as they are.
-void seriesTransfer(const WaveVariables &rec, int i, int s, double cosTheta, double sinTheta, double &re, double &im) {
+void seriesTransfer(const WaveVariables &rec, int i, int s, double cosTheta, double sinTheta,
+                    double &re, double &im) {
     const double k = rec.waveNumbers[i];
     const double x = rec.seriesX[s];
     const double y = rec.seriesY[s];
@@ -79,7 +80,8 @@ void seriesTransfer(const WaveVariables &rec, int i, int s, double cosTheta, dou
         const double dirX = rec.beamDirX[s];
         const double dirY = rec.beamDirY[s];
         const double dirZ = rec.beamDirZ[s];
-        const double across = static_cast<double>(rec.horizVelGain[s]) * (dirX * cosTheta + dirY * sinTheta);
+        const double across =
+            static_cast<double>(rec.horizVelGain[s]) * (dirX * cosTheta + dirY * sinTheta);
         const double up = -static_cast<double>(rec.vertVelGain[s]) * dirZ;
         const double c = std::cos(phase);
         const double sn = std::sin(phase);
@@ -114,12 +116,14 @@ void linearTransferGains(WaveVariables &rec, int i) {
         const double depth = std::abs(static_cast<double>(rec.seriesDepth[s]));
         const Gains gains = orbitalGains(omega, k, rec.waterDepth, depth);
         rec.horizVelGain[s] = static_cast<float>(raisedToFloor(gains.horizontal));
-        rec.vertVelGain[s] = static_cast<float>(gains.vertical); // no floor: it passes through 0 at the bed
+        rec.vertVelGain[s] =
+            static_cast<float>(gains.vertical); // no floor: it passes through 0 at the bed
     }
     const double attenuation = static_cast<double>(rec.vertVelGain[0]) / omega;
     rec.vertVelGainSq[i] = static_cast<float>(attenuation * attenuation);
     const double depth = std::abs(static_cast<double>(rec.instrumentDepth));
-    rec.pressureGain[i] = static_cast<float>(raisedToFloor(pressureAttenuation(k, rec.waterDepth, depth)));
+    rec.pressureGain[i] =
+        static_cast<float>(raisedToFloor(pressureAttenuation(k, rec.waterDepth, depth)));
 }
 
 void buildTransferMatrix(WaveVariables &rec, int i) {

@@ -21,8 +21,8 @@ double newtonWaveNumber(double omega, double depth, float current, double k) {
         const double coshX = std::cosh(x);
         const double value = omega * omega / kGravity - 2.0 * omega * k * u / kGravity +
                              currentSquared * k * k / kGravity - k * tanhX;
-        const double slope =
-            2.0 * k * currentSquared / kGravity - 2.0 * omega * u / kGravity - tanhX - x / (coshX * coshX);
+        const double slope = 2.0 * k * currentSquared / kGravity - 2.0 * omega * u / kGravity -
+                             tanhX - x / (coshX * coshX);
         const double next = k - value / slope;
         const double change = std::abs((k - next) / next);
         k = next;
@@ -54,8 +54,8 @@ void solveWaveNumbers(WaveVariables &rec) {
         const double deep = f * kTwoPi * 2.0 * kPi * f / kGravity;
         const double shallow = std::sqrt(deep / depth);
         const bool startShallow = static_cast<float>(shallow) > static_cast<float>(deep);
-        rec.waveNumbers[i] =
-            static_cast<float>(newtonWaveNumber(kTwoPi * f, depth, current, startShallow ? shallow : deep));
+        rec.waveNumbers[i] = static_cast<float>(
+            newtonWaveNumber(kTwoPi * f, depth, current, startShallow ? shallow : deep));
     }
 }
 

@@ -80,7 +80,8 @@ void meanDirectionOf(WaveVariables &rec, int bins) {
         if (direction > 360.0) {
             direction -= 360.0;
         }
-        rec.waveParameters[OV_RESULTANT_LENGTH] = static_cast<float>(std::sqrt(east * east + north * north));
+        rec.waveParameters[OV_RESULTANT_LENGTH] =
+            static_cast<float>(std::sqrt(east * east + north * north));
     }
     if (direction < 0.0) {
         direction += 360.0;

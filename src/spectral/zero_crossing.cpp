@@ -18,7 +18,8 @@ struct Wave {
 
 // At most one wave in two elements: the waves of a full track fit into the transform's work area.
 constexpr std::size_t kMaxWaves = kMaxTrack / 2;
-static_assert(kMaxWaves * sizeof(Wave) <= sizeof(WaveVariables::fftWork) && alignof(Wave) <= alignof(WaveVariables));
+static_assert(kMaxWaves * sizeof(Wave) <= sizeof(WaveVariables::fftWork) &&
+              alignof(Wave) <= alignof(WaveVariables));
 
 double meanOfTrack(const WaveVariables &rec) {
     double sum = 0.0;
@@ -76,7 +77,9 @@ public:
     }
 
 private:
-    [[nodiscard]] double elevation(int i) const { return static_cast<double>(scaledTrack(rec_, i)) - mean_; }
+    [[nodiscard]] double elevation(int i) const {
+        return static_cast<double>(scaledTrack(rec_, i)) - mean_;
+    }
 
     // Instant of the crossing before element i, in elements.
     [[nodiscard]] double crossing(int i) const {

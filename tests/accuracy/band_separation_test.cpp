@@ -90,15 +90,17 @@ TEST_P(TwoSystems, AreToldApart) {
     parameters.method = static_cast<orvikbase::Method>(setup.method);
     parameters.levelOffset = 0.5F;
     parameters.estimateMask = frontEnd.estimateMask(usesTrack(setup.method));
-    parameters.directionalInput = usesTrack(setup.method) ? orvikbase::DirectionalInput::trackIfValid
-                                                          : orvikbase::DirectionalInput::pressure;
+    parameters.directionalInput = usesTrack(setup.method)
+                                      ? orvikbase::DirectionalInput::trackIfValid
+                                      : orvikbase::DirectionalInput::pressure;
     record.setProcessing(parameters);
     Band low;
     Band high;
     for (int number = 0; number < kBursts; ++number) {
-        const Burst burst = simulateBurst(instrument, crossing(setup), SensorFaults{}, 2048, VelocitySystem::beam,
-                                          100 + static_cast<std::uint64_t>(number))
-                                .burst;
+        const Burst burst =
+            simulateBurst(instrument, crossing(setup), SensorFaults{}, 2048, VelocitySystem::beam,
+                          100 + static_cast<std::uint64_t>(number))
+                .burst;
         frontEnd.send(record, burst, presentSamples(burst), cleaned);
         ASSERT_TRUE(record.process());
         const auto swell = record.bandEstimate(0.02F, kSplit);

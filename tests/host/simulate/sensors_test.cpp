@@ -184,7 +184,7 @@ struct DelayCase {
 
 TEST(Sensors, PressureDelays) {
     const std::array<Vector3, 3> axes{Vector3{0, 1, 0}, Vector3{-1, 0, 0}, Vector3{0, 0, 1}};
-    const DelayCase cases[] = {{3, 2.0, 0.17}, {3, 1.0, 0.42},  {3, 0.75, 0.587}, {1, 2.0, 0.125},
+    const DelayCase cases[] = {{3, 2.0, 0.17},  {3, 1.0, 0.42},  {3, 0.75, 0.587}, {1, 2.0, 0.125},
                                {1, 1.0, 0.125}, {0, 0.75, 0.32}, {0, 2.0, 0.32}};
     for (const DelayCase &row : cases) {
         SCOPED_TRACE(::testing::Message() << "type " << row.type << " rate " << row.rate);
