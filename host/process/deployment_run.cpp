@@ -142,7 +142,9 @@ private:
             bad_.push_back({row.burst, row.result.reason});
         }
         ++finished_;
-        progress_.clear();
+        if (!row.result.notes.empty()) {
+            progress_.clear(); // they may be shown
+        }
         run_.onRow(row);
     }
 
