@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "burst/column.hpp"
-#include "burst/geometry.hpp"
 #include "burst/instrument_facts.hpp"
+#include "burst/mean_angle.hpp"
 #include "burst/profile_series.hpp"
 #include "user_error.hpp"
 
@@ -23,19 +23,6 @@ void requireThree(const NcReader &file, const NcVariable &variable, const std::s
         throw UserError("dimension " + dimension + " of variable " + variable.name + " in " +
                         file.path() + " is " + std::to_string(length) + " long, expected 3");
     }
-}
-
-// Mean of angles in degrees that survives the step from 360 to 0; missing ones are left out.
-double meanAngle(const std::vector<double> &angles) {
-    double east = 0.0;
-    double north = 0.0;
-    for (const double angle : angles) {
-        if (std::isfinite(angle)) {
-            east += std::sin(angle * kRadiansPerDegree);
-            north += std::cos(angle * kRadiansPerDegree);
-        }
-    }
-    return east == 0.0 && north == 0.0 ? kUnknown : std::atan2(east, north) / kRadiansPerDegree;
 }
 
 } // namespace

@@ -28,4 +28,16 @@ std::optional<Column> findColumn(const NcReader &file, const std::string &name, 
 std::vector<double> readSlice(const NcReader &file, const Column &column,
                               const std::string &dimension, std::size_t place);
 
+// Places of one dimension.
+struct Extent {
+    std::string dimension;
+    std::size_t start = 0;
+    std::size_t count = 1;
+};
+
+// The values at these places, ordered by the dimensions of `order`; one that the variable lacks counts as 1 long.
+// Throws UserError when the variable has another dimension longer than 1.
+std::vector<float> readOrdered(const NcReader &file, const Column &column, const Extent &extent,
+                               const std::vector<std::string> &order);
+
 } // namespace orvik

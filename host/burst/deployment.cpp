@@ -3,27 +3,64 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "burst/continuous_layout.hpp"
+#include "burst/csv_layout.hpp"
+#include "burst/facts_file.hpp"
+#include "burst/fields_layout.hpp"
 #include "burst/joined_source.hpp"
+#include "burst/layout_source.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
 
 namespace {
 
-using Opener = std::unique_ptr<BurstSource> (*)(const std::string &path,
-                                                const DeploymentOptions &options);
-
-std::unique_ptr<BurstSource> openBurstFile(const std::string &path,
-                                           const DeploymentOptions &options) {
+std::unique_ptr<BurstSource> openBurst(const std::string &path, const DeploymentOptions &options) {
     return std::make_unique<BurstFileReader>(path, options.overrides, options.wanted);
+}
+
+std::unique_ptr<BurstSource> openFields(const std::string &path, const DeploymentOptions &options) {
+    return std::make_unique<LayoutSource>(openFieldsLayout(path, options.wanted),
+                                          options.overrides);
+}
+
+std::unique_ptr<BurstSource> openContinuous(const std::string &path,
+                                            const DeploymentOptions &options) {
+    return std::make_unique<LayoutSource>(
+        openContinuousLayout(path, options.wanted, options.burstLength), options.overrides);
+}
+
+std::unique_ptr<BurstSource> openCsv(const std::string &path, const DeploymentOptions &options) {
+    checkOverrides(options.overrides);
+    CsvChoices choices{options.wanted, options.burstLength, std::nullopt};
+    if (const auto origin = overrideNumbers(options.overrides, "time")) {
+        choices.origin = origin->front();
+    }
+    return std::make_unique<LayoutSource>(openCsvLayout(path, choices), options.overrides);
 }
 
 struct Layout {
     const char *name;
-    Opener open;
+    std::unique_ptr<BurstSource> (*open)(const std::string &path, const DeploymentOptions &options);
+    bool cuts; // whether --burst-length has a meaning
 };
 
-constexpr Layout kLayouts[] = {{"burst", openBurstFile}};
+constexpr Layout kBurst{"burst", openBurst, false};
+constexpr Layout kFields{"fields", openFields, false};
+constexpr Layout kContinuous{"continuous", openContinuous, true};
+constexpr Layout kCsv{"csv", openCsv, true};
+constexpr Layout kLayouts[] = {kBurst, kFields, kContinuous, kCsv};
+
+Layout recognised(const std::string &path) {
+    if (std::filesystem::path(path).extension() == ".csv") {
+        return kCsv;
+    }
+    const NcReader file(path);
+    if (isFieldsLayout(file)) {
+        return kFields;
+    }
+    return !file.dimensionLength("sample") && isContinuousLayout(file) ? kContinuous : kBurst;
+}
 
 std::vector<std::string> filesOf(const std::filesystem::path &folder) {
     std::vector<std::string> found;
@@ -42,13 +79,30 @@ std::vector<std::string> filesOf(const std::filesystem::path &folder) {
     return found;
 }
 
-const Layout &layoutOf(const DeploymentOptions &options) {
-    for (const Layout &layout : kLayouts) {
-        if (options.layout.empty() || options.layout == layout.name) {
-            return layout;
-        }
+Layout layoutOf(const std::string &path, const DeploymentOptions &options) {
+    if (options.layout.empty()) {
+        return recognised(path);
     }
-    throw UsageError("--layout " + options.layout + ": no such layout");
+    const auto *named =
+        std::find_if(std::begin(kLayouts), std::end(kLayouts),
+                     [&](const Layout &layout) { return options.layout == layout.name; });
+    if (named == std::end(kLayouts)) {
+        std::string names;
+        for (const std::string &name : layoutNames()) {
+            names += (names.empty() ? "" : ", ") + name;
+        }
+        throw UsageError("--layout " + options.layout + ": no such layout; known are " + names);
+    }
+    return *named;
+}
+
+std::unique_ptr<BurstSource> openFile(const std::string &path, const DeploymentOptions &options) {
+    const Layout layout = layoutOf(path, options);
+    if (options.burstLength && !layout.cuts) {
+        throw UsageError("--burst-length is for what was recorded without a pause; the bursts of " +
+                         path + " have their lengths");
+    }
+    return layout.open(path, options);
 }
 
 } // namespace
@@ -78,14 +132,18 @@ std::vector<std::string> deploymentFiles(const std::vector<std::string> &paths) 
 }
 
 std::unique_ptr<BurstSource> openDeployment(const std::vector<std::string> &paths,
-                                            const DeploymentOptions &options) {
+                                            const DeploymentOptions &given) {
     const std::vector<std::string> files = deploymentFiles(paths);
-    const Layout &layout = layoutOf(options);
+    checkOverrides(given.overrides);
+    DeploymentOptions options = given;
+    if (!options.factsFile.empty()) {
+        options.overrides.merge(readFacts(options.factsFile)); // what is there already stays
+    }
     if (files.size() == 1) {
-        return layout.open(files.front(), options);
+        return openFile(files.front(), options);
     }
     return std::make_unique<JoinedSource>(
-        files, [options, &layout](const std::string &path) { return layout.open(path, options); });
+        files, [options](const std::string &path) { return openFile(path, options); });
 }
 
 } // namespace orvik

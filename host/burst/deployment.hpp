@@ -13,12 +13,12 @@
 namespace orvik {
 
 struct DeploymentOptions {
-    std::string layout; // one of layoutNames(); empty: recognised by what the files hold
+    std::string layout{}; // one of layoutNames(); empty: recognised by what the files hold
     std::optional<std::size_t>
-        burstLength;     // [samples] cuts what was recorded without a pause into bursts
-    Overrides overrides; // win over the facts file, which wins over the data
+        burstLength{};     // [samples] cuts what was recorded without a pause into bursts
+    Overrides overrides{}; // win over the facts file, which wins over the data
     VelocitySystem wanted = VelocitySystem::none;
-    std::string factsFile; // TOML: what the data lack; empty: none
+    std::string factsFile{}; // TOML: what the data lack; empty: none
 };
 
 // What `--layout` takes.

@@ -52,6 +52,16 @@ public:
         return variable(name, {}, units, {value});
     }
 
+    // Attributes of the file.
+    NcSketch &text(const std::string &name, const std::string &value) {
+        must(nc_put_att_text(id_, NC_GLOBAL, name.c_str(), value.size(), value.data()));
+        return *this;
+    }
+    NcSketch &number(const std::string &name, double value) {
+        must(nc_put_att_double(id_, NC_GLOBAL, name.c_str(), NC_DOUBLE, 1, &value));
+        return *this;
+    }
+
 private:
     static void must(int status) {
         if (status != NC_NOERR) {

@@ -1,0 +1,130 @@
+// CSV files as people have them, and what is wrong with them in words.
+#include "burst/deployment.hpp"
+
+#include <cmath>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "host/burst/scratch_directory.hpp"
+#include "user_error.hpp"
+
+namespace {
+
+using namespace orvik;
+
+class CsvLayout : public testing::Test {
+protected:
+    test::ScratchDirectory directory;
+    std::string path = directory.file("data.csv");
+
+    void write(const std::string &text) const { std::ofstream(path) << text; }
+
+    [[nodiscard]] std::string messageOf(const DeploymentOptions &options = {}) const {
+        try {
+            const auto source = openDeployment({path}, options);
+            for (std::size_t i = 0; i < source->burstCount(); ++i) {
+                static_cast<void>(source->readBurst(i));
+            }
+        } catch (const UserError &error) {
+            return error.what();
+        }
+        return "no error";
+    }
+
+    void expectMessage(const std::vector<std::string> &parts,
+                       const DeploymentOptions &options = {}) const {
+        const std::string message = messageOf(options);
+        for (const std::string &part : parts) {
+            EXPECT_NE(message.find(part), std::string::npos) << part << " in " << message;
+        }
+    }
+};
+
+TEST_F(CsvLayout, DatesUnitsQuotesAndMissingValues) {
+    write("\xEF\xBB\xBF# from the harbour\r\n\r\n"
+          "Time;\"Pressure (kPa)\";velocity east [cm/s];velocity north [cm/s];Heading [radian]\r\n"
+          "2008-09-08T12:00:00.0Z;100;250;-10;0\r\n"
+          "2008-09-08 12:00:00.5;;NaN;+10;0\r\n"
+          "# in between\r\n"
+          "2008-09-08T12:00:01;\"110\";1e2;10;3.14159265358979\r\n");
+    const auto source = openDeployment({path}, {.overrides = {{"velocity_height_above_bed", "2"},
+                                                              {"simultaneous_sampling", "0"}}});
+    ASSERT_EQ(source->burstCount(), 1U);
+    EXPECT_EQ(source->instrument().samplingRate, 2.0);
+    const Burst burst = source->readBurst(0);
+    EXPECT_EQ(burst.startTime, 1220875200.0);
+    EXPECT_EQ(burst.velocitySystem, VelocitySystem::enu);
+    ASSERT_EQ(burst.pressure.size(), 3U);
+    EXPECT_FLOAT_EQ(burst.pressure[0], 10.0F);
+    EXPECT_TRUE(std::isnan(burst.pressure[1]));
+    EXPECT_FLOAT_EQ(burst.pressure[2], 11.0F);
+    EXPECT_FLOAT_EQ(burst.velocity[0][0], 2.5F);
+    EXPECT_TRUE(std::isnan(burst.velocity[0][1]));
+    EXPECT_FLOAT_EQ(burst.velocity[1][1], 0.1F);
+    EXPECT_FLOAT_EQ(burst.velocity[2][1], 0.0F);
+    EXPECT_NEAR(static_cast<double>(burst.attitude[0][2]), 180.0, 1e-4);
+}
+
+TEST_F(CsvLayout, WithoutTimesARateAndALength) {
+    std::string text = "pressure\n";
+    for (int i = 0; i < 250; ++i) {
+        text += std::to_string(i) + "\n";
+    }
+    write(text);
+    expectMessage({"sampling_rate is missing", path, "--set sampling_rate=HERTZ"});
+    DeploymentOptions options{.burstLength = 100, .overrides = {{"sampling_rate", "4"}}};
+    options.overrides["simultaneous_sampling"] = "0";
+    const auto source = openDeployment({path}, options);
+    ASSERT_EQ(source->burstCount(), 2U);
+    EXPECT_EQ(source->readBurst(1).pressure.front(), 100.0F);
+    EXPECT_EQ(source->readBurst(1).pressure.size(), 100U);
+    EXPECT_TRUE(std::isnan(source->startTime(0)));
+    ASSERT_EQ(source->notes().size(), 1U);
+    EXPECT_NE(source->notes()[0].find("50 samples"), std::string::npos) << source->notes()[0];
+}
+
+TEST_F(CsvLayout, AColumnOfBurstNumbersCuts) {
+    write("burst,pressure\n1,10\n1,11\n2,20\n2,21\n2,22\n");
+    DeploymentOptions options{.overrides = {{"sampling_rate", "1"}, {"air_pressure", "10"}}};
+    options.overrides["simultaneous_sampling"] = "0";
+    const auto source = openDeployment({path}, options);
+    ASSERT_EQ(source->burstCount(), 2U);
+    EXPECT_EQ(source->readBurst(0).pressure, (std::vector<float>{0.0F, 1.0F}));
+    EXPECT_EQ(source->readBurst(1).pressure, (std::vector<float>{10.0F, 11.0F, 12.0F}));
+}
+
+TEST_F(CsvLayout, TimesThatCountFromZeroTakeTheirOrigin) {
+    write("time [min],pressure\n0,10\n1,11\n60,20\n61,21\n");
+    EXPECT_TRUE(std::isnan(openDeployment({path}, {})->startTime(1)));
+    const auto source = openDeployment({path}, {.overrides = {{"time", "1000"}}});
+    ASSERT_EQ(source->burstCount(), 2U);
+    EXPECT_EQ(source->startTime(1), 4600.0);
+}
+
+TEST_F(CsvLayout, WhatIsWrongIsSaidWithItsLine) {
+    write("time [s],pressure\n0,10\n1,ten\n2,10\n");
+    expectMessage({path + " line 3", "\"ten\"", "pressure", "not a number"});
+    write("time [s],pressure\n0,10\n1\n2,10\n");
+    expectMessage({path + " line 3", "1 fields", "2"});
+    write("time,pressure\n0,10\n1,10\n");
+    expectMessage({path + " line 2", "\"0\"", "time [s]"});
+    write("time,pressure\n2008-13-01T00:00:00,10\n");
+    expectMessage({path + " line 2", "2008-13-01"});
+    write("time [s],pressure\n0,10\n1,\"10\n");
+    expectMessage({path + " line 3", "quote"});
+    write("time [s],pressure\n0,10\n1,10\n2,10\n1,10\n");
+    expectMessage({path, "goes back", "row 4"});
+    write("time [s],pressure [m/s]\n0,10\n1,10\n");
+    expectMessage({"pressure", path, "\"m/s\"", "\"dbar\""});
+    write("time [s],depth\n0,10\n1,10\n");
+    expectMessage({"pressure is missing", path});
+    write("time [s],pressure,velocity_east\n0,10,1\n1,10,1\n");
+    expectMessage({"velocity_north", path});
+    write("pressure\n");
+    expectMessage({path}, {.overrides = {{"sampling_rate", "1"}}});
+    write("");
+    expectMessage({path, "no header line"});
+}
+
+} // namespace

@@ -1,0 +1,211 @@
+// Bursts of a simulated sea, rewritten in other layouts: the wave parameters must be those of the burst file.
+#include "burst/deployment.hpp"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "host/burst/layout_writers.hpp"
+#include "host/burst/scratch_directory.hpp"
+#include "host/commands/program.hpp"
+#include "run/burst_runner.hpp"
+#include "user_error.hpp"
+
+namespace {
+
+using namespace orvik;
+using test::Deployment;
+
+class Layouts : public testing::Test {
+protected:
+    test::ScratchDirectory directory;
+    std::string path = directory.file("other.nc");
+
+    [[nodiscard]] Deployment simulated(std::vector<std::string> more) const {
+        const std::string file = directory.file("burst.nc");
+        std::vector<std::string> arguments{"simulate", "-o",        file,   "--bursts",
+                                           "2",        "--samples", "1024", "--interval",
+                                           "3600",     "--seed",    "3",    "--pressure-height",
+                                           "0.8"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const test::Outcome outcome = test::orvik(arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+        return Deployment(file);
+    }
+
+    // What else the other layouts do not tell.
+    [[nodiscard]] static Overrides factsOf(const Instrument &instrument) {
+        Overrides facts{{"beam_azimuth", "0,120,240"}};
+        const auto text = [](double value) {
+            std::ostringstream digits;
+            digits.precision(17);
+            digits << value;
+            return digits.str();
+        };
+        facts["pressure_sensor_height_above_bed"] = text(instrument.pressureHeight);
+        facts["beam_slant_angle"] = text(instrument.slantAngle);
+        facts["cell_size"] = text(instrument.cellSize);
+        if (instrument.profile) {
+            facts["blanking_distance"] = text(instrument.profile->blanking);
+            facts["surface_track_time_offset"] = text(instrument.profile->trackTimeOffset);
+            if (std::isfinite(instrument.profile->ambiguityVelocity)) {
+                facts["ambiguity_velocity"] = text(instrument.profile->ambiguityVelocity);
+            }
+        } else {
+            facts["cell_range"] = text(instrument.cellRange);
+            facts["simultaneous_sampling"] = "0";
+        }
+        return facts;
+    }
+
+    static void expectSame(const Deployment &truth, const BurstSource &source, int method,
+                           double tolerance = 0.0) {
+        ASSERT_EQ(source.burstCount(), truth.bursts.size());
+        EXPECT_EQ(source.velocitySystem(), truth.system);
+        ProcessingChoices choices;
+        choices.method = method;
+        Instrument instrument = truth.instrument;
+        instrument.beamAzimuth = source.instrument().beamAzimuth;
+        instrument.beamToXyz.reset();
+        BurstRunner expectedRunner(instrument, choices);
+        BurstRunner runner(source.instrument(), choices);
+        for (std::size_t i = 0; i < truth.bursts.size(); ++i) {
+            const Burst burst = source.readBurst(i);
+            EXPECT_EQ(burst.startTime, truth.bursts[i].startTime);
+            const BurstResult expected = expectedRunner.run(truth.bursts[i]);
+            const BurstResult result = runner.run(burst);
+            ASSERT_TRUE(expected.processed) << expected.reason;
+            ASSERT_TRUE(result.processed) << result.reason;
+            const auto near = [&](float left, float right, const char *what) {
+                EXPECT_NEAR(static_cast<double>(left), static_cast<double>(right),
+                            tolerance * std::abs(static_cast<double>(right)))
+                    << what;
+            };
+            near(result.waves.significantHeight, expected.waves.significantHeight, "height");
+            near(result.waves.peakPeriod, expected.waves.peakPeriod, "period");
+            near(result.waves.peakDirection, expected.waves.peakDirection, "direction");
+            near(result.waves.meanDirection, expected.waves.meanDirection, "mean direction");
+            near(result.waves.peakSpread, expected.waves.peakSpread, "spread");
+            EXPECT_EQ(result.waves.qualityFlags, expected.waves.qualityFlags);
+        }
+    }
+};
+
+TEST_F(Layouts, FieldsOfAPointInstrument) {
+    for (const auto &[system, method] : {std::pair{"beam", 4}, std::pair{"enu", 2}}) {
+        std::filesystem::remove(path);
+        const Deployment truth = simulated({"--velocity-system", system});
+        writeFields(path, truth);
+        const auto source = openDeployment({path}, {.overrides = factsOf(truth.instrument)});
+        EXPECT_EQ(source->instrument().samplingRate, truth.instrument.samplingRate);
+        expectSame(truth, *source, method);
+    }
+}
+
+TEST_F(Layouts, FieldsOfAProfileInstrument) {
+    const Deployment truth = simulated({"--instrument-type", "16", "--cells", "6"});
+    writeFields(path, truth);
+    const auto source = openDeployment({path}, {.overrides = factsOf(truth.instrument)});
+    ASSERT_TRUE(source->instrument().profile);
+    expectSame(truth, *source, 2);
+}
+
+TEST_F(Layouts, FieldsGiveTheEarthsVelocitiesOrTheBeamsOnWish) {
+    const Deployment truth = simulated({});
+    writeFields(path, truth);
+    DeploymentOptions options{.overrides = factsOf(truth.instrument)};
+    options.wanted = VelocitySystem::enu;
+    EXPECT_THROW(openDeployment({path}, options), UserError);
+}
+
+TEST_F(Layouts, ContinuousSeriesOfAPointInstrumentAreCutAtPauses) {
+    for (const auto &[system, method] : {std::pair{"beam", 4}, std::pair{"enu", 2}}) {
+        std::filesystem::remove(path);
+        const Deployment truth = simulated({"--velocity-system", system});
+        writeContinuous(path, truth);
+        const auto source = openDeployment({path}, {.overrides = factsOf(truth.instrument)});
+        expectSame(truth, *source, method);
+    }
+}
+
+TEST_F(Layouts, ContinuousProfilesKnowTheirCells) {
+    const Deployment truth = simulated({"--instrument-type", "16", "--cells", "6"});
+    writeContinuous(path, truth);
+    Overrides facts = factsOf(truth.instrument);
+    facts.erase("cell_size");
+    facts.erase("blanking_distance");
+    const auto source = openDeployment({path}, {.overrides = facts});
+    ASSERT_TRUE(source->instrument().profile);
+    EXPECT_NEAR(source->instrument().cellSize, truth.instrument.cellSize, 1e-9);
+    EXPECT_NEAR(source->instrument().profile->blanking, truth.instrument.profile->blanking, 1e-9);
+    expectSame(truth, *source, 2);
+}
+
+// In cm/s and kPa a number of seven digits moves by its last one.
+TEST_F(Layouts, CsvOfOneFileOrAFolder) {
+    const Deployment truth = simulated({});
+    const std::string file = directory.file("all.csv");
+    writeCsv(file, truth, 0, 2);
+    const DeploymentOptions options{.overrides = factsOf(truth.instrument)};
+    expectSame(truth, *openDeployment({file}, options), 4, 1e-4);
+    const std::string folder = directory.file("folder");
+    std::filesystem::create_directory(folder);
+    writeCsv(folder + "/b.csv", truth, 0, 1); // the names are not in time order
+    writeCsv(folder + "/a.csv", truth, 1, 1);
+    const auto source = openDeployment({folder}, options);
+    EXPECT_EQ(source->files(), (std::vector<std::string>{folder + "/b.csv", folder + "/a.csv"}));
+    expectSame(truth, *source, 4, 1e-4);
+}
+
+// Sensors that sample at one instant: their series are brought to the instants at which a point instrument's take turns.
+// One cell of a profile, all of whose series are of one instant, has to give what the truth of the sea is.
+TEST_F(Layouts, SimultaneousSeriesOfOneCell) {
+    const Deployment truth =
+        simulated({"--instrument-type", "16", "--cells", "6", "--height", "2", "--period", "7",
+                   "--direction", "250", "--spread", "20", "--track-time-offset", "0"});
+    writeFields(path, truth);
+    Overrides facts = factsOf(truth.instrument);
+    facts["velocity_cell"] = "2";
+    facts.erase("ambiguity_velocity");
+    const double range = (truth.instrument.profile->blanking + 3.0 * truth.instrument.cellSize) /
+                         std::cos(truth.instrument.slantAngle * 3.14159265358979 / 180.0);
+    facts["cell_range"] = std::to_string(range);
+    const auto source = openDeployment({path}, {.overrides = facts});
+    ASSERT_FALSE(source->instrument().profile);
+    for (const int method : {2, 4}) {
+        ProcessingChoices choices;
+        choices.method = method;
+        BurstRunner runner(source->instrument(), choices);
+        const BurstResult result = runner.run(source->readBurst(0));
+        ASSERT_TRUE(result.processed) << result.reason;
+        EXPECT_NEAR(static_cast<double>(result.waves.significantHeight), 2.0, 0.2) << method;
+        EXPECT_NEAR(static_cast<double>(result.waves.peakDirection), 250.0, 8.0) << method;
+    }
+}
+
+TEST_F(Layouts, FilesOfDifferentInstrumentsAreRefused) {
+    const std::string left = directory.file("left.csv");
+    const std::string right = directory.file("right.csv");
+    std::ofstream(left) << "time [s],pressure\n0,10\n0.5,10\n1.0,10\n";
+    std::ofstream(right) << "time [s],pressure\n0,10\n1,10\n2,10\n";
+    try {
+        openDeployment({left, right}, {});
+        FAIL();
+    } catch (const UserError &error) {
+        const std::string message = error.what();
+        for (const std::string &part : {std::string("sampling_rate (2 and 1)"), left, right}) {
+            EXPECT_NE(message.find(part), std::string::npos) << message;
+        }
+    }
+}
+
+TEST_F(Layouts, UnknownLayoutsAndUselessLengthsAreUsageErrors) {
+    const Deployment truth = simulated({});
+    const std::string file = directory.file("burst.nc");
+    EXPECT_THROW(openDeployment({file}, {.layout = "tape"}), UsageError);
+    EXPECT_THROW(openDeployment({file}, {.burstLength = 512}), UsageError);
+    EXPECT_THROW(openDeployment({file}, {.overrides = {{"velocity_cell", "1"}}}), UsageError);
+    EXPECT_THROW(openDeployment({directory.file("none")}, {}), UserError);
+}
+
+} // namespace
