@@ -43,13 +43,13 @@ private:
 void writePageFile(const std::string &path, const std::vector<std::string_view> &parts) {
     std::error_code ignored;
     if (path.empty() || std::filesystem::is_directory(path, ignored)) {
-        throw UserError(path.empty() ? "an output file needs a name"
+        throw WriteError(path.empty() ? "an output file needs a name"
                                      : "cannot write " + path + ": it is a directory");
     }
     const TemporaryFile temporary(path);
     std::ofstream file(temporary.path(), std::ios::binary);
     if (!file) {
-        throw UserError("cannot create " + path + ": " + std::strerror(errno) +
+        throw WriteError("cannot create " + path + ": " + std::strerror(errno) +
                         " (does the directory exist, and may you write there?)");
     }
     for (const std::string_view part : parts) {
@@ -57,11 +57,11 @@ void writePageFile(const std::string &path, const std::vector<std::string_view> 
     }
     file.close();
     if (!file) {
-        throw UserError("cannot write " + path + ": " + std::strerror(errno) +
+        throw WriteError("cannot write " + path + ": " + std::strerror(errno) +
                         " (is the disk full?)");
     }
     if (std::rename(temporary.path().c_str(), path.c_str()) != 0) {
-        throw UserError("cannot give the finished page its name " + path + ": " +
+        throw WriteError("cannot give the finished page its name " + path + ": " +
                         std::strerror(errno));
     }
 }

@@ -7,7 +7,7 @@
 
 namespace orvik {
 
-// Writes the parts one after the other under a temporary name beside `path`, then renames. Throws UserError and leaves
+// Writes the parts one after the other under a temporary name beside `path`, then renames. Throws WriteError and leaves
 // nothing behind when that fails.
 void writePageFile(const std::string &path, const std::vector<std::string_view> &parts);
 

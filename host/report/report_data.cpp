@@ -72,7 +72,7 @@ bool isOver(const NcVariable &variable, const std::vector<std::string> &dimensio
 
 NcVariable needed(const NcReader &file, const std::string &name,
                   const std::vector<std::string> &dimensions) {
-    const NcVariable variable = file.find(name).value();
+    NcVariable variable = file.find(name).value();
     if (!isOver(variable, dimensions)) {
         std::string wanted;
         for (const std::string &dimension : dimensions) {

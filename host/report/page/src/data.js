@@ -16,8 +16,9 @@ function floatsOf(text) {
 
 function codesOf(text) {
   const bytes = bytesOf(text);
-  const count = bytes.length / 2;
-  return Uint16Array.from({ length: count }, (_, i) => (bytes[i] << 8) | bytes[count + i]);
+  const codes = new Uint16Array(bytes.length / 2);
+  for (let i = 0; i < codes.length; i += 1) codes[i] = (bytes[i] << 8) | bytes[codes.length + i];
+  return codes;
 }
 
 // Values by code: NaN for a missing value, 0 for one too small.
@@ -39,13 +40,18 @@ function decimalTable(digits, lowest) {
   return decimalTables.get(key);
 }
 
+function lookedUp(codes, table) {
+  const values = new Float64Array(codes.length);
+  for (let i = 0; i < codes.length; i += 1) values[i] = table[codes[i]];
+  return values;
+}
+
 function spectrumOf(packed) {
   const codes = codesOf(packed.data);
   if (packed.step !== undefined) {
     return Float64Array.from(codes, (code) => (code === 0 ? NaN : (code - 1) * packed.step));
   }
-  const table = decimalTable(packed.digits, packed.lowest);
-  return Float64Array.from(codes, (code) => table[code]);
+  return lookedUp(codes, decimalTable(packed.digits, packed.lowest));
 }
 
 const numberOrNaN = (value) => (value === null ? NaN : value);
@@ -124,8 +130,7 @@ export class Deployment {
   directional(burst) {
     const { digits, lowest, bursts } = this.distribution;
     if (bursts[burst] === "") return null;
-    const table = decimalTable(digits, lowest[burst]);
-    return Float64Array.from(codesOf(bursts[burst]), (code) => table[code]);
+    return lookedUp(codesOf(bursts[burst]), decimalTable(digits, lowest[burst]));
   }
 }
 

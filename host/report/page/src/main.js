@@ -113,7 +113,6 @@ function start() {
   drawTiles(deployment);
   drawQuality(deployment);
   drawFacts(deployment);
-  drawTable(deployment);
   drawTimeKey(deployment);
 
   const axis = frequencyAxis(deployment);
@@ -127,6 +126,7 @@ function start() {
   const spectrum = spectrumView(deployment, axis, chosen);
   roseView(deployment);
   scatterView(deployment, (burst) => chooser.choose(burst));
+  drawTable(deployment); // after the charts, which ask for their width: laying out a long table takes time
   linkInTime(time, spectrogram);
   spanButtons(deployment, time, chosen);
   const move = follow(deployment, chooser, [time, spectrogram]);
@@ -136,7 +136,10 @@ function start() {
     move();
   };
 
-  byId("whole-axis").addEventListener("change", redrawAll);
+  byId("whole-axis").addEventListener("change", () => {
+    redrawAll();
+    polar.update();
+  });
   const dress = () => {
     if (chooseTheme(wantedTheme())) {
       drawTimeKey(deployment);

@@ -32,11 +32,12 @@ function paint(deployment, energy, greatest, limit) {
   };
 }
 
-function caption(deployment, burst, energy) {
+function caption(deployment, burst, energy, shownTo) {
   const said = `Direction that waves ${sense(deployment)}, around; frequency [Hz], outwards.`;
   if (energy === null) return `${burstName(deployment, burst)} has no directional spectrum.`;
   const limit = deployment.values("aliasing_frequency")[burst];
-  return said + (energy.some(Number.isNaN) ? ` Grey: no directions${Number.isFinite(limit) ? `, from ${limit.toFixed(3)} Hz on` : ""}.` : "");
+  if (limit >= shownTo || !energy.some(Number.isNaN)) return said;
+  return `${said} Grey: no directions${Number.isFinite(limit) ? `, from ${limit.toFixed(3)} Hz on` : ""}.`;
 }
 
 export function polarView(deployment, axis, chosen) {
@@ -77,7 +78,7 @@ export function polarView(deployment, axis, chosen) {
     scale(byId("polar-scale"), scientific(Number((greatest / 10 ** decades).toPrecision(2))), `${scientific(greatest)} m\u00b2 s/\u00b0`).style.background = gradient();
   });
   const describe = () => {
-    const text = caption(deployment, chosen(), energy);
+    const text = caption(deployment, chosen(), energy, axis.limit());
     byId("polar-caption").textContent = text;
     chart.describe(`Directional spectrum. ${text}`);
     chart.node.dataset.greatest = String(greatest);

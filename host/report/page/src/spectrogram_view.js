@@ -40,6 +40,8 @@ function paint(deployment, greatest, limit) {
   return (image, api, area) => {
     const table = colourTable();
     const absent = channels(colours().absent);
+    const colourOf = Array.from(density, (value) => (Number.isNaN(value) ? absent : table[Math.max(0, logIndex(value, greatest, kDecades))]));
+    const bins = Array.from({ length: image.height }, (_, y) => Math.round(((1 - (y + 0.5) / image.height) * limit - frequencies[0]) / step));
     const [left] = api.coord([deployment.place(deployment.inOrder[0]), 0]);
     const unitsPerPixel = deployment.interval / (api.coord([deployment.place(deployment.inOrder[0]) + deployment.interval, 0])[0] - left);
     const origin = deployment.place(deployment.inOrder[0]);
@@ -47,12 +49,8 @@ function paint(deployment, greatest, limit) {
       const pixel = area.x + ((x + 0.5) / image.width) * area.width;
       const burst = find(origin + (pixel - left) * unitsPerPixel);
       for (let y = 0; burst >= 0 && y < image.height; y += 1) {
-        const bin = Math.round(((1 - (y + 0.5) / image.height) * limit - frequencies[0]) / step);
-        const value = density[burst * frequencies.length + bin];
-        const at = 4 * (y * image.width + x);
-        if (bin < 0 || bin >= frequencies.length) continue;
-        if (Number.isNaN(value)) setPixel(image, at, absent);
-        else setPixel(image, at, table[Math.max(0, logIndex(value, greatest, kDecades))]);
+        const isOnAxis = bins[y] >= 0 && bins[y] < frequencies.length;
+        if (isOnAxis) setPixel(image, 4 * (y * image.width + x), colourOf[burst * frequencies.length + bins[y]]);
       }
     }
   };
