@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "commands/init_command.hpp"
 #include "commands/process_command.hpp"
 #include "commands/report_command.hpp"
 #include "commands/show_command.hpp"
@@ -39,6 +40,7 @@ int run(int argc, char **argv) {
     app.set_version_flag("--version", versionText());
     app.require_subcommand(1);
     orvik::addSimulateCommand(app);
+    orvik::addInitCommand(app);
     orvik::addProcessCommand(app);
     orvik::addShowCommand(app);
     orvik::addReportCommand(app);

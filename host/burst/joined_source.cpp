@@ -70,13 +70,13 @@ std::string difference(const Instrument &left, const Instrument &right) {
     return first == found.end() ? "" : *first;
 }
 
-template <typename Check> std::string complaintOf(const Check &check) {
+template <typename Check> std::exception_ptr complaintOf(const Check &check) {
     try {
         check();
-    } catch (const UserError &error) {
-        return error.what();
+    } catch (const UserError &) {
+        return std::current_exception();
     }
-    return "";
+    return nullptr;
 }
 
 } // namespace
@@ -162,16 +162,16 @@ const BurstSource &JoinedSource::open(std::size_t part) const {
 
 void JoinedSource::requireAttitude() const {
     for (const Part &part : parts_) {
-        if (!part.attitudeError.empty()) {
-            throw UserError(part.attitudeError);
+        if (part.attitudeError) {
+            std::rethrow_exception(part.attitudeError);
         }
     }
 }
 
 void JoinedSource::requireBeams() const {
     for (const Part &part : parts_) {
-        if (!part.beamsError.empty()) {
-            throw UserError(part.beamsError);
+        if (part.beamsError) {
+            std::rethrow_exception(part.beamsError);
         }
     }
 }

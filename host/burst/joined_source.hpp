@@ -1,6 +1,7 @@
 // Several files of one instrument as one deployment.
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
@@ -40,8 +41,8 @@ private:
         double firstTime = kUnknown;
         double lastTime = kUnknown;
         std::size_t bursts = 0;
-        std::string attitudeError; // what requireAttitude() and requireBeams() say; empty: nothing
-        std::string beamsError;
+        std::exception_ptr attitudeError; // of requireAttitude() and requireBeams(), if any
+        std::exception_ptr beamsError;
     };
 
     void add(const BurstSource &source, const std::string &path);

@@ -1,0 +1,201 @@
+#include "commands/init_command.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "burst/deployment.hpp"
+#include "run/burst_runner.hpp"
+#include "user_error.hpp"
+
+namespace orvik {
+
+namespace {
+
+struct InitOptions {
+    std::vector<std::string> inputs;
+    std::string output = "deployment.toml";
+    std::string velocities;
+    DeploymentOptions deployment;
+};
+
+struct Findings {
+    KnownFacts known;
+    std::vector<std::string> missing; // in the order in which `orvik process` asks for them
+    std::vector<std::string> notes;
+    std::size_t bursts = 0;
+};
+
+VelocitySystem systemNamed(const std::string &name) {
+    if (name == "beam") {
+        return VelocitySystem::beam;
+    }
+    if (name == "xyz") {
+        return VelocitySystem::xyz;
+    }
+    return name == "enu" ? VelocitySystem::enu : VelocitySystem::none;
+}
+
+// "[0, 120, 240]" as --set takes it.
+std::string asOverride(std::string example) {
+    for (const char sign : {'[', ']', ' '}) {
+        example.erase(std::remove(example.begin(), example.end(), sign), example.end());
+    }
+    return example;
+}
+
+// What processing without options needs.
+void requireFacts(const BurstSource &source) {
+    const VelocitySystem system = source.velocitySystem();
+    const bool alongBeams = system == VelocitySystem::beam || system == VelocitySystem::xyz;
+    const int method = (alongBeams ? 3 : 1) + (source.hasTrack() ? 1 : 0);
+    if (needsAttitude(source.instrument(), method, system)) {
+        source.requireAttitude();
+    }
+    if (needsBeams(source.instrument(), method, system)) {
+        source.requireBeams();
+    }
+}
+
+// Opens the data as processing would, again and again, an example in the place of each fact that is missed.
+Findings findingsOf(const InitOptions &options) {
+    Findings findings;
+    DeploymentOptions deployment = options.deployment;
+    for (;;) {
+        try {
+            const auto source = openDeployment(options.inputs, deployment);
+            findings.known = source->knownFacts();
+            findings.notes = source->notes();
+            findings.bursts = source->burstCount();
+            requireFacts(*source);
+            return findings;
+        } catch (const MissingFact &error) {
+            const std::string &name = error.fact();
+            if (deployment.overrides.count(name) != 0) {
+                throw;
+            }
+            findings.missing.push_back(name);
+            if (name == "beam_azimuth" || name == "beam_to_xyz") {
+                return findings; // the last thing that is asked for
+            }
+            deployment.overrides[name] = asOverride(findFact(name)->example);
+        }
+    }
+}
+
+std::string unitText(const Fact &fact) {
+    const std::string unit = unitOf(fact.quantity);
+    return unit == "1" ? "" : " [" + unit + "]";
+}
+
+std::string valueText(const std::vector<double> &values) {
+    if (values.size() == 1) {
+        return fmt::format("{}", values.front());
+    }
+    return fmt::format("[{}]", fmt::join(values, ", "));
+}
+
+bool isMissing(const Findings &findings, const std::string &name) {
+    return std::find(findings.missing.begin(), findings.missing.end(), name) !=
+           findings.missing.end();
+}
+
+std::string factsText(const InitOptions &options, const Findings &findings) {
+    std::string data;
+    for (const std::string &input : options.inputs) {
+        data += " " + input;
+    }
+    std::string text =
+        fmt::format("# What the data of a deployment of {} bursts lack:{}\n"
+                    "# Take the # from the lines that you fill in, then run\n"
+                    "#   orvik process{} --facts {} -o waves.nc\n"
+                    "# A value here wins over the data's, one given with --set over both.\n",
+                    findings.bursts, data, data, options.output);
+    for (const std::string &note : findings.notes) {
+        text += "# Note: " + note + "\n";
+    }
+    text += findings.missing.empty() ? "\n# Nothing is missing that processing needs.\n"
+                                     : "\n# Missing, and needed:\n";
+    for (const std::string &name : findings.missing) {
+        const Fact &fact = *findFact(name);
+        text += fmt::format("\n# {}{}\n# {} = {}\n", fact.why, unitText(fact), name, fact.example);
+    }
+    text += "\n# Found in the data; tell them here only to correct them:\n";
+    for (const Fact &fact : factTable()) {
+        const auto known = findings.known.find(fact.name);
+        if (known != findings.known.end()) {
+            text += fmt::format("\n# {}{}; from {}\n# {} = {}\n", fact.why, unitText(fact),
+                                known->second.origin, fact.name, valueText(known->second.values));
+        }
+    }
+    text += "\n# Not in the data; processing does without, or takes what is usual (the values are "
+            "examples):\n";
+    for (const Fact &fact : factTable()) {
+        if (findings.known.count(fact.name) == 0 && !isMissing(findings, fact.name)) {
+            text += fmt::format("\n# {}{}\n# {} = {}\n", fact.why, unitText(fact), fact.name,
+                                fact.example);
+        }
+    }
+    return text;
+}
+
+void runInit(InitOptions &options) {
+    options.deployment.wanted = systemNamed(options.velocities);
+    const bool toScreen = options.output == "-";
+    if (!toScreen && std::filesystem::exists(options.output)) {
+        throw UsageError(options.output + " is there already: give another name with --output");
+    }
+    const Findings findings = findingsOf(options);
+    const std::string text = factsText(options, findings);
+    if (toScreen) {
+        fmt::print("{}", text);
+        return;
+    }
+    std::ofstream file(options.output);
+    file << text;
+    file.close();
+    if (!file) {
+        throw UserError("cannot write " + options.output +
+                        ": does the folder exist, may you write there, is the disk full?");
+    }
+    fmt::print("{}: {} facts are in the data, {} are missing{}\n", options.output,
+               findings.known.size(), findings.missing.size(),
+               findings.missing.empty() ? ""
+                                        : fmt::format(" ({})", fmt::join(findings.missing, ", ")));
+}
+
+} // namespace
+
+void addInitCommand(CLI::App &app) {
+    const auto options = std::make_shared<InitOptions>();
+    CLI::App *command = app.add_subcommand(
+        "init", "write a file of what data lack, to fill in for process --facts");
+    command->add_option("data", options->inputs, "files of one deployment, or their folder")
+        ->required();
+    command->add_option("-o,--output", options->output,
+                        "file to write (deployment.toml); - shows it");
+    command->add_option("--layout", options->deployment.layout,
+                        "how the data are laid out: burst, fields, continuous or csv; by default "
+                        "recognised");
+    command
+        ->add_option("--burst-length", options->deployment.burstLength,
+                     "samples of a burst, of data recorded without a pause")
+        ->check(CLI::Range(64, 16384));
+    command
+        ->add_option("--velocities", options->velocities,
+                     "beam, xyz or enu: which velocities to take from data that have several")
+        ->check(CLI::IsMember({"beam", "xyz", "enu"}));
+    command->footer("Examples:\n"
+                    "  orvik init bursts.nc\n"
+                    "  orvik init folder-of-csv --burst-length 2048 -o harbour.toml");
+    command->callback([options] { runInit(*options); });
+}
+
+} // namespace orvik
