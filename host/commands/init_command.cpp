@@ -112,12 +112,12 @@ std::string factsText(const InitOptions &options, const Findings &findings) {
     for (const std::string &input : options.inputs) {
         data += " " + input;
     }
-    std::string text =
-        fmt::format("# What the data of a deployment of {} bursts lack:{}\n"
-                    "# Take the # from the lines that you fill in, then run\n"
-                    "#   orvik process{} --facts {} -o waves.nc\n"
-                    "# A value here wins over the data's, one given with --set over both.\n",
-                    findings.bursts, data, data, options.output);
+    std::string text = fmt::format(
+        "# What the data of a deployment of {} bursts lack:{}\n"
+        "# Take the # from the lines that you fill in, then run\n"
+        "#   orvik process{} --facts {} -o waves.nc\n"
+        "# A value here wins over the data's, one given with --set over both.\n",
+        findings.bursts, data, data, options.output == "-" ? "deployment.toml" : options.output);
     for (const std::string &note : findings.notes) {
         text += "# Note: " + note + "\n";
     }
