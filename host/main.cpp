@@ -9,6 +9,8 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "commands/convert_command.hpp"
+#include "commands/explain_command.hpp"
 #include "commands/init_command.hpp"
 #include "commands/process_command.hpp"
 #include "commands/report_command.hpp"
@@ -44,6 +46,8 @@ int run(int argc, char **argv) {
     orvik::addProcessCommand(app);
     orvik::addShowCommand(app);
     orvik::addReportCommand(app);
+    orvik::addExplainCommand(app);
+    orvik::addConvertCommand(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

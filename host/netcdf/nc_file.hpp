@@ -112,6 +112,8 @@ public:
                const std::vector<std::size_t> &count, const std::vector<short> &values);
     void write(int variable, const std::vector<std::size_t> &start, double value);
     void write(int variable, const std::vector<std::size_t> &start, const std::string &value);
+    void writeCharacters(int variable, const std::vector<std::size_t> &start,
+                         const std::vector<std::size_t> &count, const std::string &characters);
     void writeScalar(int variable, double value) { write(variable, {}, value); }
 
     // Puts a copy of what was written so far under the file's own name and goes on.

@@ -214,6 +214,13 @@ void NcWriter::write(int variable, const std::vector<std::size_t> &start,
     check(nc_put_var1_string(id_, variable, start.data(), &text), "data");
 }
 
+void NcWriter::writeCharacters(int variable, const std::vector<std::size_t> &start,
+                               const std::vector<std::size_t> &count,
+                               const std::string &characters) {
+    checkCount(count, characters.size());
+    check(nc_put_vara_text(id_, variable, start.data(), count.data(), characters.data()), "data");
+}
+
 void NcWriter::publish() {
     check(nc_sync(id_), "data");
     const std::string copy = temporaryPath_ + ".copy";

@@ -1,0 +1,22 @@
+// A line a burst: the numbers of a result file that are one a burst, for spreadsheets.
+#pragma once
+
+#include <string>
+
+#include "results/result_sink.hpp"
+#include "results/text_file.hpp"
+
+namespace orvik {
+
+class CsvFile : public ResultSink {
+public:
+    CsvFile(const std::string &path, const ResultReader &results);
+    void append(const StoredBurst &burst) override;
+    void commit() override { file_.commit(); }
+
+private:
+    const ResultReader &results_;
+    TextFile file_;
+};
+
+} // namespace orvik

@@ -1,0 +1,24 @@
+// Directional spectra as the wave model SWAN reads them at its boundaries.
+#pragma once
+
+#include <string>
+
+#include "results/directional_grid.hpp"
+#include "results/result_sink.hpp"
+#include "results/text_file.hpp"
+
+namespace orvik {
+
+class SwanFile : public ResultSink {
+public:
+    SwanFile(const std::string &path, const ResultReader &results);
+    void append(const StoredBurst &burst) override;
+    void commit() override { file_.commit(); }
+
+private:
+    const ResultReader &results_;
+    DirectionAxis axis_;
+    TextFile file_;
+};
+
+} // namespace orvik

@@ -1,0 +1,102 @@
+// Confidence limits, the tail of a spectrum and checksums, against values known from elsewhere.
+#include <array>
+#include <cmath>
+#include <fstream>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host/burst/scratch_directory.hpp"
+#include "results/checksum.hpp"
+#include "results/confidence.hpp"
+#include "results/spectrum_tail.hpp"
+#include "user_error.hpp"
+
+namespace {
+
+TEST(Confidence, TwoDegreesOfFreedomForEachTransformBin) {
+    EXPECT_EQ(orvik::degreesOfFreedom(1), 2.0); // at least one bin is averaged
+    EXPECT_EQ(orvik::degreesOfFreedom(7), 2.0);
+    EXPECT_EQ(orvik::degreesOfFreedom(8), 4.0);
+    EXPECT_EQ(orvik::degreesOfFreedom(32), 16.0);
+}
+
+// Two degrees of freedom have a closed form: the quantile of p is -2 ln(1 - p).
+TEST(Confidence, ClosedFormOfTwoDegrees) {
+    const auto factors = orvik::confidenceFactors(2.0);
+    EXPECT_NEAR(factors.lower, -1.0 / std::log(0.025), 1e-12);
+    EXPECT_NEAR(factors.upper, -1.0 / std::log(0.975), 1e-12);
+}
+
+// Printed tables: 6.908 and 28.845 at 16 degrees of freedom.
+TEST(Confidence, TabledQuantilesOfSixteenDegrees) {
+    const auto factors = orvik::confidenceFactors(16.0);
+    EXPECT_NEAR(factors.lower, 16.0 / 28.845, 1e-4);
+    EXPECT_NEAR(factors.upper, 16.0 / 6.908, 1e-3);
+    EXPECT_TRUE(std::isnan(orvik::confidenceFactors(0.0).lower));
+}
+
+// A flat band of width B seen for T seconds holds 2 T B degrees of freedom.
+TEST(Confidence, HeightOfAFlatBand) {
+    std::vector<double> density(20, 0.0);
+    std::fill_n(density.begin() + 4, 8, 3.0);
+    const auto height = orvik::heightConfidence(density, 0.01, 100.0);
+    const auto variance = orvik::confidenceFactors(2.0 * 100.0 * 0.08);
+    EXPECT_NEAR(height.lower, std::sqrt(variance.lower), 1e-12);
+    EXPECT_NEAR(height.upper, std::sqrt(variance.upper), 1e-12);
+}
+
+class SpectrumTail : public testing::Test {
+protected:
+    std::vector<double> frequencies;
+    std::vector<float> density;
+
+    SpectrumTail() {
+        for (int i = 0; i < 98; ++i) {
+            frequencies.push_back(0.02 + 0.01 * i);
+            density.push_back(1.0F + 0.3F * static_cast<float>(i % 5));
+        }
+    }
+    [[nodiscard]] std::vector<float> withTailOn(std::size_t bin) const {
+        std::vector<float> result = density;
+        for (std::size_t i = bin; i < result.size(); ++i) {
+            result[i] = static_cast<float>(static_cast<double>(density[bin]) *
+                                           std::pow(frequencies[i] / frequencies[bin], -4.5));
+        }
+        return result;
+    }
+};
+
+TEST_F(SpectrumTail, IsFoundWhereItHangs) {
+    for (const std::size_t bin : {std::size_t{0}, std::size_t{12}, std::size_t{96}}) {
+        EXPECT_EQ(orvik::lastMeasuredBin(withTailOn(bin), frequencies), bin);
+    }
+    EXPECT_FALSE(orvik::lastMeasuredBin(withTailOn(97), frequencies).has_value());
+}
+
+TEST_F(SpectrumTail, NoneWithoutOne) {
+    EXPECT_FALSE(orvik::lastMeasuredBin(density, frequencies).has_value());
+    std::fill(density.begin(), density.end(), 0.0F);
+    EXPECT_FALSE(orvik::lastMeasuredBin(density, frequencies).has_value());
+    EXPECT_FALSE(orvik::lastMeasuredBin({}, {}).has_value());
+}
+
+// The examples of FIPS 180-4.
+TEST(Checksum, KnownTexts) {
+    const orvik::test::ScratchDirectory directory;
+    const std::string path = directory.file("abc.txt");
+    std::ofstream(path) << "abc";
+    EXPECT_EQ(orvik::sha256Of(path),
+              "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    const std::string empty = directory.file("empty.txt");
+    std::ofstream{empty};
+    EXPECT_EQ(orvik::checksumsOf({empty, path}),
+              "empty.txt e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855, "
+              "abc.txt ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    std::ofstream(path) << std::string(1000000, 'a'); // in more than one piece of reading
+    EXPECT_EQ(orvik::sha256Of(path),
+              "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
+    EXPECT_THROW(orvik::sha256Of(directory.file("none")), orvik::UserError);
+}
+
+} // namespace

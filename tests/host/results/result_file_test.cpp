@@ -1,0 +1,169 @@
+// Result files, and what is made of them, read back by programs that are not orvik.
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "host/burst/scratch_directory.hpp"
+#include "host/commands/program.hpp"
+#include "host/results/sample_results.hpp"
+#include "netcdf/nc_file.hpp"
+#include "results/explanation.hpp"
+#include "results/exports.hpp"
+#include "user_error.hpp"
+
+namespace {
+
+using orvik::ExportPaths;
+using orvik::test::contentOf;
+using orvik::test::holds;
+using orvik::test::orvik;
+using orvik::test::Outcome;
+
+class Results : public testing::Test {
+protected:
+    ::orvik::test::ScratchDirectory directory;
+    std::string waves = directory.file("waves.nc");
+    ExportPaths paths{directory.file("w.spc"), directory.file("ww3.nc"), directory.file("w.csv"),
+                      directory.file("w.json")};
+
+    void SetUp() override { ::orvik::test::writeSampleResults(waves); }
+
+    static bool runs(const std::string &arguments) {
+        const std::string command = std::string(ORVIK_PYTHON) + " " + arguments + " 2>&1";
+        return std::system(command.c_str()) == 0;
+    }
+    // Runs a check of result_files.py; what it says goes to the test's own output.
+    static void check(const std::string &what, const std::string &files) {
+        if (!runs("-c 'import netCDF4, xarray'")) {
+            GTEST_SKIP() << "Python's netCDF4 and xarray are not installed";
+        }
+        EXPECT_TRUE(runs(std::string(ORVIK_RESULT_CHECKS) + " " + what + " " + files)) << what;
+    }
+    [[nodiscard]] std::string explain(std::size_t burst) const {
+        const ::orvik::ResultReader results(waves);
+        return ::orvik::explanationOf(results, results.read(burst));
+    }
+    // The same on one line, with single blanks.
+    [[nodiscard]] std::string explainInOneLine(std::size_t burst) const {
+        std::istringstream words(explain(burst));
+        std::string line;
+        for (std::string word; words >> word;) {
+            line += word + ' ';
+        }
+        return line;
+    }
+    [[nodiscard]] std::size_t filesThere() const {
+        const auto folder = std::filesystem::path(waves).parent_path();
+        return static_cast<std::size_t>(
+            std::distance(std::filesystem::directory_iterator(folder), {}));
+    }
+};
+
+TEST_F(Results, NamesAndUnitsAreThoseOfTheConventions) { check("names", waves); }
+
+TEST_F(Results, OpenInXarray) {
+    check("decodes", waves);
+    check("dispersion", waves);
+}
+
+TEST_F(Results, WaveModelsGetTheSameSea) {
+    EXPECT_TRUE(::orvik::exportResults(waves, paths).empty());
+    check("swan", waves + " " + paths.swan);
+    check("ww3", waves + " " + paths.ww3);
+}
+
+// An odd number of directions puts turned ones between the old ones.
+TEST_F(Results, WaveModelsGetTheirOwnSenseOfDirection) {
+    ::orvik::ProcessingChoices choices;
+    choices.comingFrom = false;
+    choices.nDirections = 45;
+    ::orvik::test::writeSampleResults(waves, choices);
+    ::orvik::exportResults(waves, paths);
+    check("swan", waves + " " + paths.swan);
+    check("ww3", waves + " " + paths.ww3);
+}
+
+TEST_F(Results, TextsHoldEveryNumber) {
+    ::orvik::exportResults(waves, paths);
+    check("texts", waves + " " + paths.csv + " " + paths.json);
+}
+
+TEST_F(Results, SameBytesEveryTime) {
+    const std::string again = directory.file("again.nc");
+    ::orvik::test::writeSampleResults(again);
+    EXPECT_EQ(contentOf(waves), contentOf(again));
+    ::orvik::exportResults(waves, paths);
+    const std::string before = contentOf(paths.ww3) + contentOf(paths.swan);
+    ::orvik::exportResults(waves, paths);
+    EXPECT_EQ(before, contentOf(paths.ww3) + contentOf(paths.swan));
+}
+
+TEST_F(Results, NothingIsLeftOfAnExportThatFails) {
+    paths.json = directory.file("no/such/folder.json");
+    EXPECT_THROW(::orvik::exportResults(waves, paths), ::orvik::UserError);
+    EXPECT_EQ(filesThere(), 1U);
+}
+
+TEST_F(Results, ConvertSaysWhatItCannotDo) {
+    Outcome outcome = orvik({"convert", waves});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_TRUE(holds(outcome.errors, "--swan, --ww3, --csv or --json")) << outcome.errors;
+    outcome = orvik({"convert", waves, "--csv", waves});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_TRUE(holds(outcome.errors, "are the same file")) << outcome.errors;
+    outcome = orvik({"convert", directory.file("none.nc"), "--csv", paths.csv});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(holds(outcome.errors, "cannot open")) << outcome.errors;
+    const std::string bursts = directory.file("bursts.nc");
+    ASSERT_EQ(orvik({"simulate", "-o", bursts, "--bursts", "1"}).exitCode, 0);
+    outcome = orvik({"convert", bursts, "--csv", paths.csv});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(holds(outcome.errors, "has no variable freq")) << outcome.errors;
+    EXPECT_EQ(orvik({"convert", waves, "--csv", paths.csv, "--swan", paths.swan}).exitCode, 0);
+    EXPECT_FALSE(contentOf(paths.csv).empty() || contentOf(paths.swan).empty());
+}
+
+TEST_F(Results, GoodBurstExplained) {
+    const std::string text = explainInOneLine(0);
+    for (const char *part : {"2023-11-14 22:13:20 UTC, 512 s long", "Waves at the peak come from",
+                             "In 95 of 100 cases", "16 degrees of freedom", "between 0.55 and 2.32",
+                             "method 4, maximum likelihood", "energy from the surface track",
+                             "Pressure was measured up to", "directions known below",
+                             "6.3 m above the head", "repaired nothing", "flags none"}) {
+        EXPECT_TRUE(holds(text, part)) << part << "\n" << text;
+    }
+    const std::string screen = explain(0);
+    EXPECT_LE(std::count(screen.begin(), screen.end(), '\n'), 24);
+}
+
+TEST_F(Results, FlaggedBurstsExplained) {
+    const std::string tilted = explainInOneLine(::orvik::test::kTilted);
+    EXPECT_TRUE(holds(tilted, "tilt: The instrument was tilted by more than 10 degrees."));
+    const std::string gappy = explainInOneLine(::orvik::test::kGappy);
+    EXPECT_TRUE(holds(gappy, "7 missing samples filled with the one before")) << gappy;
+    const std::string blind = explainInOneLine(::orvik::test::kNoTrack);
+    EXPECT_TRUE(holds(blind, "instead of 4, because the surface track could not be used")) << blind;
+    EXPECT_TRUE(holds(blind, "2048 surface-track samples had no echo")) << blind;
+    EXPECT_TRUE(holds(blind, "energy from pressure: without a usable surface track")) << blind;
+}
+
+TEST_F(Results, RejectedBurstExplained) {
+    const std::string text = explainInOneLine(::orvik::test::kHoles);
+    EXPECT_TRUE(holds(text, "more than 10 % of the samples are missing")) << text;
+    EXPECT_TRUE(holds(text, "204 of 1024 samples lack pressure or velocity")) << text;
+    EXPECT_TRUE(holds(text, "no_result: The burst was rejected")) << text;
+    EXPECT_FALSE(holds(text, "nan")) << text;
+}
+
+TEST_F(Results, ExplainFindsBurstsAndNamesWrongOnes) {
+    Outcome outcome = orvik({"explain", waves, "--burst", "3"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(outcome.output, explain(3));
+    outcome = orvik({"explain", waves, "--burst", "5"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_TRUE(holds(outcome.errors, "has 5 bursts, counted from 0")) << outcome.errors;
+}
+
+} // namespace
