@@ -44,13 +44,13 @@ void writePageFile(const std::string &path, const std::vector<std::string_view> 
     std::error_code ignored;
     if (path.empty() || std::filesystem::is_directory(path, ignored)) {
         throw WriteError(path.empty() ? "an output file needs a name"
-                                     : "cannot write " + path + ": it is a directory");
+                                      : "cannot write " + path + ": it is a directory");
     }
     const TemporaryFile temporary(path);
     std::ofstream file(temporary.path(), std::ios::binary);
     if (!file) {
         throw WriteError("cannot create " + path + ": " + std::strerror(errno) +
-                        " (does the directory exist, and may you write there?)");
+                         " (does the directory exist, and may you write there?)");
     }
     for (const std::string_view part : parts) {
         file.write(part.data(), static_cast<std::streamsize>(part.size()));
@@ -58,11 +58,11 @@ void writePageFile(const std::string &path, const std::vector<std::string_view> 
     file.close();
     if (!file) {
         throw WriteError("cannot write " + path + ": " + std::strerror(errno) +
-                        " (is the disk full?)");
+                         " (is the disk full?)");
     }
     if (std::rename(temporary.path().c_str(), path.c_str()) != 0) {
         throw WriteError("cannot give the finished page its name " + path + ": " +
-                        std::strerror(errno));
+                         std::strerror(errno));
     }
 }
 

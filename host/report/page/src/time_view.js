@@ -8,7 +8,7 @@ import { burstName, classOf, kDiscard, plain, sense, withUnit, wordsOf } from ".
 const kTop = 30;
 const kPanel = 150;
 const kBetween = 52;
-const kFlagRow = 24;
+const kFlagRow = 38;
 const kBelow = 34;
 
 // Marked values, a thin companion, and what a simulated sea really was.
@@ -104,7 +104,7 @@ export function timeView(deployment, choose) {
       axes.push({
         type: "category", gridIndex: 3, inverse: true, data: words.map((word) => plain(word.word)), name: "flagged", nameLocation: "start", ...axisStyle(),
         nameTextStyle: { color: colours().ink, align: "left", padding: [0, 0, 0, -side.left + 8] },
-        axisLabel: { color: colours().ink, inside: isNarrow, z: 10, interval: 0 }, axisTick: { show: false },
+        axisLabel: { color: colours().ink, interval: 0, ...(isNarrow ? { inside: true, margin: 4, verticalAlign: "bottom", padding: [0, 0, 9, 0] } : {}) }, axisTick: { show: false },
         splitLine: { show: true, lineStyle: { color: colours().line } },
       });
       words.forEach((word, row) => series.push({

@@ -37,6 +37,9 @@ test("rejected bursts are told with their reason and left out of the statistics"
   assert.match(said, /^no result: 2 bursts of 6/);
   assert.match(said, /The burst was rejected and has no results\./);
   assert.match(said, /Bursts 2\u20133: more than 10 % of the samples are missing/);
+  await tab.emulateMedia({ media: "print" });
+  assert.equal(await text(tab, '[data-word="no_result"]'), said, "paper tells it as well");
+  await tab.emulateMedia({ media: "screen" });
   assert.deepEqual((await rows(tab))[2].slice(2, 5), ["\u2013", "\u2013", "\u2013"]);
   await tab.fill("#burst-slider", "2");
   assert.equal(await text(tab, "#polar-caption"), "Burst 2, 2024-11-05 02:00 UTC has no directional spectrum.");
