@@ -84,6 +84,9 @@ void checkExportPaths(const ExportPaths &paths, const std::string &resultFile) {
 }
 
 std::vector<std::string> exportResults(const std::string &resultFile, const ExportPaths &paths) {
+    if (!paths.any()) {
+        return {};
+    }
     checkExportPaths(paths, resultFile);
     const ResultReader results(resultFile);
     const std::vector<Target> targets = openTargets(results, paths);
