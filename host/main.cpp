@@ -37,6 +37,23 @@ int fail(const std::string &text, int status) {
     return status;
 }
 
+// CLI11 itself only says that a command is missing.
+void refuseUnknownCommand(const CLI::App &app, int argc, char **argv) {
+    const std::string first = argc > 1 ? argv[1] : "";
+    std::string known;
+    for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; })) {
+        if (command->get_name() == first) {
+            return;
+        }
+        known += (known.empty() ? "" : ", ") + command->get_name();
+    }
+    if (first.empty() || first.front() != '-') {
+        throw orvik::UsageError(first.empty()
+                                    ? "which command? " + known + "; --help says more"
+                                    : "there is no command '" + first + "'; there are " + known);
+    }
+}
+
 int run(int argc, char **argv) {
     CLI::App app{"Directional waves from bursts of acoustic current meters", "orvik"};
     app.set_version_flag("--version", versionText());
@@ -48,6 +65,7 @@ int run(int argc, char **argv) {
     orvik::addReportCommand(app);
     orvik::addExplainCommand(app);
     orvik::addConvertCommand(app);
+    refuseUnknownCommand(app, argc, argv);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

@@ -14,6 +14,7 @@
 #include <fmt/format.h>
 
 #include "burst/deployment.hpp"
+#include "commands/export_options.hpp"
 #include "process/deployment_run.hpp"
 #include "process/follow.hpp"
 #include "process/plan.hpp"
@@ -150,7 +151,17 @@ void sayTiming(const RunTimes &times) {
                share(times.processing), share(times.writing), usage.ru_maxrss / 1024);
 }
 
+void writeExports(const ProcessOptions &options) {
+    if (!options.exports.any()) {
+        return;
+    }
+    for (const std::string &note : exportResults(options.output, options.exports)) {
+        say("note", note);
+    }
+}
+
 void runProcess(const ProcessOptions &options) {
+    checkExportPaths(options.exports, options.output);
     const std::unique_ptr<BurstSource> source = openSource(options.inputs, options);
     refuseOutputOverInput(options, *source);
     const Plan plan = planFor(options, *source);
@@ -168,6 +179,7 @@ void runProcess(const ProcessOptions &options) {
     run.onRow = [&reporter](const ResultRow &row) { reporter.show(row); };
     const RunOutcome outcome = runDeployment(*source, plan, run);
     reporter.finish(outcome.bad, bursts, options.quiet);
+    writeExports(options);
     if (options.timing) {
         sayTiming(outcome.times);
     }
@@ -193,7 +205,11 @@ void runFollow(const ProcessOptions &options) {
     run.onBadFile = [](const std::string &file, const std::string &reason) {
         say("note", fmt::format("{} is left out: {}", file, reason));
     };
+    checkExportPaths(options.exports, options.output);
     follow(run);
+    if (reporter) {
+        writeExports(options);
+    }
 }
 
 void addSpectrumOptions(CLI::App &command, const std::shared_ptr<ProcessOptions> &options) {
@@ -274,6 +290,7 @@ void addProcessCommand(CLI::App &app) {
                       "go on with a run that was stopped: its finished bursts are kept");
     command->add_flag("--dry-run", options->dryRun, "say what would be done, and do nothing");
     command->add_flag("--table", options->table, "a line for every burst, of long deployments too");
+    addExportOptions(*command, options->exports);
     command->add_flag("--timing", options->timing,
                       "at the end, where the time went and how much memory was used");
     command->add_flag("--quiet", options->quiet, "no table, no progress");

@@ -35,6 +35,7 @@ std::shared_ptr<Work> readWork(const BurstSource &source, std::size_t index) {
         work->burst = source.readBurst(index);
         work->row.truth = source.readTruth(index);
         work->row.startTime = work->burst->startTime;
+        work->row.facts = factsOf(*work->burst, source.instrument());
     } catch (const UserError &error) {
         for (const std::string &file : source.files()) {
             if (!std::filesystem::exists(file)) {
@@ -128,9 +129,10 @@ private:
             keep(work->row);
             progress_.advance();
         };
-        constexpr std::size_t kBurstsPerThread = 2; // in memory at once
+        // In memory at once; profiles can be large.
+        const std::size_t burstsPerThread = source_.instrument().profile ? 1 : 2;
         tbb::parallel_pipeline(
-            kBurstsPerThread * threads,
+            burstsPerThread * threads,
             tbb::make_filter<void, Item>(tbb::filter_mode::serial_in_order, read) &
                 tbb::make_filter<Item, Item>(tbb::filter_mode::parallel, process) &
                 tbb::make_filter<Item, void>(tbb::filter_mode::serial_in_order, write));

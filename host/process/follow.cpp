@@ -126,7 +126,7 @@ private:
     [[nodiscard]] bool partly(const std::string &name) const { return doneOf_.count(name) != 0; }
 
     // What makes bursts comparable; a file that differs here is not of this deployment.
-    static std::string factsOf(const Plan &plan) {
+    static std::string deploymentOf(const Plan &plan) {
         return plan.layout.attributes.at("instrument") +
                plan.layout.attributes.at("processing_parameters");
     }
@@ -134,8 +134,9 @@ private:
     void start(const BurstSource &source) {
         Plan plan = run_.plan(source);
         plan.layout.attributes["burst_file"] = "files of a folder, as they arrived";
+        plan.layout.attributes.erase("burst_file_sha256");
         if (plan_) {
-            if (factsOf(plan) != factsOf(*plan_)) {
+            if (deploymentOf(plan) != deploymentOf(*plan_)) {
                 throw UserError(
                     "it is of another instrument or setting than the files before it: " +
                     plan.layout.attributes.at("instrument"));
@@ -144,7 +145,7 @@ private:
         }
         plan_ = std::make_unique<Plan>(plan);
         run_.onStart(*plan_);
-        journal_ = std::make_unique<Journal>(run_.output, factsOf(plan), run_.resume);
+        journal_ = std::make_unique<Journal>(run_.output, deploymentOf(plan), run_.resume);
         writer_ = std::make_unique<ResultFileWriter>(run_.output, plan.layout);
         runner_ = std::make_unique<BurstRunner>(source.instrument(), plan.choices);
         for (std::size_t i = 0; i < journal_->rowCount(); ++i) {
@@ -162,6 +163,7 @@ private:
             row.burst = done;
             try {
                 const Burst burst = source.readBurst(done);
+                row.facts = factsOf(burst, source.instrument());
                 row.truth = source.readTruth(done);
                 row.startTime = burst.startTime;
                 row.result = runner_->run(burst);

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "results/checksum.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -107,7 +108,9 @@ std::map<std::string, std::string> provenance(const ProcessOptions &options,
         {"title", "directional wave parameters and spectra"},
         {"source", "acoustic current meter bursts, processed by orvik " ORVIK_VERSION},
         {"burst_file", fileNames(source)},
+        {"burst_file_sha256", checksumsOf(source.files())},
         {"values_given", joined(options.values)},
+        {"facts_file", std::filesystem::path(options.factsFile).filename().string()},
         {"processing_method", std::to_string(static_cast<int>(used.method))},
         {"direction_convention", options.goingTo
                                      ? "directions waves go to, clockwise from true north"
@@ -145,6 +148,9 @@ Plan planFor(const ProcessOptions &options, const BurstSource &source) {
     const BurstRunner runner(source.instrument(), plan.choices);
     plan.parameters = runner.parameters();
     noteChangedLimits(options, plan.parameters, plan.notes);
+    for (const std::string &note : source.notes()) {
+        plan.notes.insert(note);
+    }
     plan.layout.frequencies = runner.frequencies();
     plan.layout.fineFrequencies = runner.fineFrequencies();
     if (plan.layout.frequencies.empty() || plan.layout.fineFrequencies.empty()) {
@@ -154,6 +160,8 @@ Plan planFor(const ProcessOptions &options, const BurstSource &source) {
     plan.layout.comingFrom = plan.choices.comingFrom;
     plan.layout.hasTruth = source.hasTruth();
     plan.layout.pressureHeight = source.instrument().pressureHeight;
+    plan.layout.longitude = source.instrument().longitude;
+    plan.layout.latitude = source.instrument().latitude;
     plan.layout.attributes = provenance(options, source, plan.parameters);
     return plan;
 }
@@ -172,12 +180,6 @@ std::string identityOf(const Plan &plan, const BurstSource &source) {
     std::string text;
     for (const auto &[name, value] : plan.layout.attributes) {
         text += name + "=" + value + "\n";
-    }
-    for (const std::string &file : source.files()) {
-        std::error_code error;
-        const auto size = std::filesystem::file_size(file, error);
-        const auto time = std::filesystem::last_write_time(file, error).time_since_epoch().count();
-        text += fmt::format("{} {} {}\n", file, size, time);
     }
     return text + fmt::format("{} bursts, trough margin {}\n", source.burstCount(),
                               plan.choices.troughMargin);

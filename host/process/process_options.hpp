@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "results/exports.hpp"
+
 namespace orvik {
 
 struct ProcessOptions {
@@ -33,6 +35,7 @@ struct ProcessOptions {
     bool timing = false;
     bool quiet = false;
     std::string follow; // a folder to watch
+    ExportPaths exports;
 };
 
 } // namespace orvik

@@ -33,6 +33,7 @@ template <typename Archive> void transfer(Archive &archive, ResultRow &row) {
         asMemory(archive, truth);
         row.truth = truth;
     }
+    asMemory(archive, row.facts);
     transfer(archive, row.result);
 }
 

@@ -68,7 +68,7 @@ TEST_F(BadInput, MalformedValues) {
 }
 
 TEST_F(BadInput, UsageErrors) {
-    expectFailure(orvik({}), 2, {"subcommand"});
+    expectFailure(orvik({}), 2, {"which command?"});
     expectFailure(orvik({"prozess"}), 2, {});
     expectFailure(orvik({"process", sea}), 2, {"--output"});
     expectFailure(orvik({"process", sea, "-o", result, "--method", "5"}), 2, {"--method"});
