@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "burst/deployment.hpp"
+#include "process/plan.hpp"
 #include "run/burst_runner.hpp"
 #include "user_error.hpp"
 
@@ -54,8 +55,7 @@ std::string asOverride(std::string example) {
 // What processing without options needs.
 void requireFacts(const BurstSource &source) {
     const VelocitySystem system = source.velocitySystem();
-    const bool alongBeams = system == VelocitySystem::beam || system == VelocitySystem::xyz;
-    const int method = (alongBeams ? 3 : 1) + (source.hasTrack() ? 1 : 0);
+    const int method = naturalMethod(source);
     if (needsAttitude(source.instrument(), method, system)) {
         source.requireAttitude();
     }

@@ -193,7 +193,8 @@ void NcReader::makeRoomFor(const NcVariable &variable) const {
     }
     int storage = NC_CONTIGUOUS;
     std::vector<std::size_t> lengths(std::max<std::size_t>(variable.dimensions.size(), 1));
-    if (nc_inq_var_chunking(id_, variable.id, &storage, lengths.data()) != NC_NOERR || storage != NC_CHUNKED) {
+    if (nc_inq_var_chunking(id_, variable.id, &storage, lengths.data()) != NC_NOERR ||
+        storage != NC_CHUNKED) {
         return;
     }
     std::size_t bytes = 0;

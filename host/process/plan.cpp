@@ -12,13 +12,6 @@ namespace orvik {
 
 namespace {
 
-// The method that makes the most of a deployment's series without asking for facts that go with other ones.
-int naturalMethod(const BurstSource &source) {
-    const VelocitySystem system = source.velocitySystem();
-    const bool alongBeams = system == VelocitySystem::beam || system == VelocitySystem::xyz;
-    return (alongBeams ? 3 : 1) + (source.hasTrack() ? 1 : 0);
-}
-
 ProcessingChoices choicesOf(const ProcessOptions &options, const BurstSource &source) {
     ProcessingChoices choices;
     choices.method = options.method != 0 ? options.method : naturalMethod(source);
@@ -135,6 +128,12 @@ const char *systemText(VelocitySystem system) {
 }
 
 } // namespace
+
+int naturalMethod(const BurstSource &source) {
+    const VelocitySystem system = source.velocitySystem();
+    const bool alongBeams = system == VelocitySystem::beam || system == VelocitySystem::xyz;
+    return (alongBeams ? 3 : 1) + (source.hasTrack() ? 1 : 0);
+}
 
 Plan planFor(const ProcessOptions &options, const BurstSource &source) {
     Plan plan;

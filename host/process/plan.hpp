@@ -12,6 +12,9 @@
 
 namespace orvik {
 
+// The method that makes the most of a deployment's series without asking for facts that go with other ones.
+int naturalMethod(const BurstSource &source);
+
 struct Plan {
     ProcessingChoices choices;
     ResultLayout layout;

@@ -7,7 +7,7 @@
 
 #define OV_FIELD(S, field, at, bytes)                                                              \
     static_assert(offsetof(S, field) == (at) && sizeof(S::field) == (bytes), #S "." #field " move" \
-                                                                                           "d")
+                                                                                "d")
 #define OV_PACKED(S, bytes)                                                                        \
     static_assert(sizeof(S) == (bytes) && alignof(S) == 1 && std::is_trivially_copyable_v<S>,      \
                   #S " changed size")
