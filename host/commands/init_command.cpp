@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +11,8 @@
 #include <fmt/format.h>
 
 #include "burst/deployment.hpp"
+#include "commands/deployment_options.hpp"
+#include "files/text_file.hpp"
 #include "process/plan.hpp"
 #include "run/burst_runner.hpp"
 #include "user_error.hpp"
@@ -23,7 +24,6 @@ namespace {
 struct InitOptions {
     std::vector<std::string> inputs;
     std::string output = "deployment.toml";
-    std::string velocities;
     DeploymentOptions deployment;
 };
 
@@ -33,16 +33,6 @@ struct Findings {
     std::vector<std::string> notes;
     std::size_t bursts = 0;
 };
-
-VelocitySystem systemNamed(const std::string &name) {
-    if (name == "beam") {
-        return VelocitySystem::beam;
-    }
-    if (name == "xyz") {
-        return VelocitySystem::xyz;
-    }
-    return name == "enu" ? VelocitySystem::enu : VelocitySystem::none;
-}
 
 // "[0, 120, 240]" as --set takes it.
 std::string asOverride(std::string example) {
@@ -147,7 +137,6 @@ std::string factsText(const InitOptions &options, const Findings &findings) {
 }
 
 void runInit(InitOptions &options) {
-    options.deployment.wanted = systemNamed(options.velocities);
     const bool toScreen = options.output == "-";
     if (!toScreen && std::filesystem::exists(options.output)) {
         throw UsageError(options.output + " is there already: give another name with --output");
@@ -158,13 +147,9 @@ void runInit(InitOptions &options) {
         fmt::print("{}", text);
         return;
     }
-    std::ofstream file(options.output);
-    file << text;
-    file.close();
-    if (!file) {
-        throw UserError("cannot write " + options.output +
-                        ": does the folder exist, may you write there, is the disk full?");
-    }
+    TextFile file(options.output);
+    file.write(text);
+    file.commit();
     fmt::print("{}: {} facts are in the data, {} are missing{}\n", options.output,
                findings.known.size(), findings.missing.size(),
                findings.missing.empty() ? ""
@@ -181,17 +166,7 @@ void addInitCommand(CLI::App &app) {
         ->required();
     command->add_option("-o,--output", options->output,
                         "file to write (deployment.toml); - shows it");
-    command->add_option("--layout", options->deployment.layout,
-                        "how the data are laid out: burst, fields, continuous or csv; by default "
-                        "recognised");
-    command
-        ->add_option("--burst-length", options->deployment.burstLength,
-                     "samples of a burst, of data recorded without a pause")
-        ->check(CLI::Range(64, 16384));
-    command
-        ->add_option("--velocities", options->velocities,
-                     "beam, xyz or enu: which velocities to take from data that have several")
-        ->check(CLI::IsMember({"beam", "xyz", "enu"}));
+    addDeploymentOptions(*command, options->deployment);
     command->footer("Examples:\n"
                     "  orvik init bursts.nc\n"
                     "  orvik init folder-of-csv --burst-length 2048 -o harbour.toml");

@@ -14,6 +14,7 @@
 #include <fmt/format.h>
 
 #include "burst/deployment.hpp"
+#include "commands/deployment_options.hpp"
 #include "commands/export_options.hpp"
 #include "process/deployment_run.hpp"
 #include "process/follow.hpp"
@@ -41,24 +42,10 @@ Overrides overridesOf(const std::vector<std::string> &values) {
     return overrides;
 }
 
-VelocitySystem wantedSystem(const std::string &name) {
-    if (name == "beam") {
-        return VelocitySystem::beam;
-    }
-    if (name == "xyz") {
-        return VelocitySystem::xyz;
-    }
-    return name == "enu" ? VelocitySystem::enu : VelocitySystem::none;
-}
-
 std::unique_ptr<BurstSource> openSource(const std::vector<std::string> &paths,
                                         const ProcessOptions &options) {
-    DeploymentOptions deployment;
-    deployment.layout = options.layout;
-    deployment.burstLength = options.burstLength;
+    DeploymentOptions deployment = options.deployment;
     deployment.overrides = overridesOf(options.values);
-    deployment.wanted = wantedSystem(options.velocities);
-    deployment.factsFile = options.factsFile;
     return openDeployment(paths, deployment);
 }
 
@@ -247,15 +234,8 @@ void addProcessCommand(CLI::App &app) {
         ->add_option("--follow", options->follow,
                      "watch a folder and process each file that is renamed into it")
         ->type_name("FOLDER");
-    command
-        ->add_option("--layout", options->layout,
-                     "how the files are laid out; by default what they look like")
-        ->check(CLI::IsMember(layoutNames()));
-    command
-        ->add_option("--burst-length", options->burstLength,
-                     "samples: cuts what was recorded without a pause into bursts")
-        ->check(CLI::Range(16U, 16384U));
-    command->add_option("--facts", options->factsFile,
+    addDeploymentOptions(*command, options->deployment);
+    command->add_option("--facts", options->deployment.factsFile,
                         "TOML file with what the data lack (orvik init writes one)");
     command->add_option("-o,--output", options->output, "result file to write (netCDF)")
         ->required();
@@ -271,10 +251,6 @@ void addProcessCommand(CLI::App &app) {
             "name=value: a value that the file lacks or that shall replace it; may be repeated")
         ->allow_extra_args(false);
     addSpectrumOptions(*command, options);
-    command
-        ->add_option("--velocities", options->velocities,
-                     "beam, xyz or enu: which velocities to take from a file that has several")
-        ->check(CLI::IsMember({"beam", "xyz", "enu"}));
     command
         ->add_option("--trough-margin", options->troughMargin,
                      "profile instruments: use the cell below this percentage of the distance to "

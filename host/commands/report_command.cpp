@@ -7,9 +7,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include "files/text_file.hpp"
 #include "netcdf/nc_file.hpp"
 #include "report/page.hpp"
-#include "report/page_file.hpp"
 #include "report/report_data.hpp"
 #include "user_error.hpp"
 
@@ -28,7 +28,12 @@ void runReport(const std::string &input, const std::string &output) {
     }
     const std::string data = reportData(NcReader(input));
     const std::size_t at = page.find(kDataMark);
-    writePageFile(output, {page.substr(0, at), data, page.substr(at + kDataMark.size())});
+    TextFile file(output);
+    for (const std::string_view part :
+         {page.substr(0, at), std::string_view(data), page.substr(at + kDataMark.size())}) {
+        file.write(part);
+    }
+    file.commit();
 }
 
 } // namespace

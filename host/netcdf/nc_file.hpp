@@ -10,6 +10,8 @@
 
 #include <netcdf.h>
 
+#include "files/part_file.hpp"
+
 namespace orvik {
 
 struct NcDimension {
@@ -124,8 +126,7 @@ private:
     void check(int status, const std::string &what) const;
     void checkCount(const std::vector<std::size_t> &count, std::size_t values) const;
 
-    std::string path_;
-    std::string temporaryPath_;
+    PartFile part_;
     int id_ = -1;
     bool open_ = false;
 };

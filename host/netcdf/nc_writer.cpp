@@ -1,17 +1,7 @@
 #include "netcdf/nc_file.hpp"
 
-#include <cerrno>
-#include <charconv>
 #include <cmath>
-#include <csignal>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <limits>
-#include <optional>
-#include <system_error>
-
-#include <unistd.h>
 
 #include "user_error.hpp"
 
@@ -21,66 +11,12 @@ namespace {
 
 constexpr int kDeflateLevel = 4;
 
-// A hidden neighbour of `path`, so that the final rename stays on one file system.
-std::string temporaryName(const std::string &path) {
-    const std::filesystem::path target(path);
-    std::string name = ".";
-    name += target.filename().string();
-    name += '.';
-    name += std::to_string(getpid());
-    name += ".part";
-    return (target.parent_path() / name).string();
-}
-
-// The process that a part file `name` of `target` belongs to; nothing for other files.
-std::optional<pid_t> ownerOfPart(const std::string &name, const std::string &target) {
-    const std::string before = "." + target + ".";
-    const std::string after = ".part";
-    if (!name.starts_with(before) || !name.ends_with(after) ||
-        name.size() <= before.size() + after.size()) {
-        return std::nullopt;
-    }
-    const std::string number =
-        name.substr(before.size(), name.size() - before.size() - after.size());
-    pid_t owner = 0;
-    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), owner);
-    const bool whole = error == std::errc{} && end == number.data() + number.size();
-    return whole && owner > 0 ? std::optional(owner) : std::nullopt;
-}
-
-// A program that was killed could not take its part file with it.
-void removeAbandonedParts(const std::string &path) {
-    const std::filesystem::path target(path);
-    const auto folder =
-        target.has_parent_path() ? target.parent_path() : std::filesystem::path(".");
-    std::error_code error;
-    for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
-        const auto owner =
-            ownerOfPart(entry.path().filename().string(), target.filename().string());
-        if (owner && kill(*owner, 0) != 0 && errno == ESRCH) {
-            std::error_code ignored;
-            std::filesystem::remove(entry.path(), ignored);
-        }
-    }
-}
-
-bool isDirectory(const std::string &path) {
-    std::error_code ignored;
-    return std::filesystem::is_directory(path, ignored);
-}
-
 } // namespace
 
-NcWriter::NcWriter(const std::string &path) : path_(path), temporaryPath_(temporaryName(path)) {
-    if (path.empty() || isDirectory(path)) {
-        throw WriteError(path.empty() ? "an output file needs a name"
-                                      : "cannot write " + path + ": it is a directory");
-    }
-    removeAbandonedParts(path);
+NcWriter::NcWriter(const std::string &path) : part_(path) {
     useSmallChunkCaches();
-    const int status = nc_create(temporaryPath_.c_str(), NC_NETCDF4 | NC_CLOBBER, &id_);
+    const int status = nc_create(part_.path().c_str(), NC_NETCDF4 | NC_CLOBBER, &id_);
     if (status != NC_NOERR) {
-        std::remove(temporaryPath_.c_str());
         throw WriteError("cannot create " + path + ": " + nc_strerror(status) +
                          " (does the directory exist, and may you write there?)");
     }
@@ -91,15 +27,12 @@ NcWriter::~NcWriter() {
     if (open_) {
         nc_close(id_);
     }
-    if (!temporaryPath_.empty()) {
-        std::remove(temporaryPath_.c_str());
-    }
 }
 
 void NcWriter::check(int status, const std::string &what) const {
     if (status != NC_NOERR) {
-        throw WriteError("cannot write " + what + " to " + path_ + ": " + nc_strerror(status) +
-                         " (is the disk full?)");
+        throw WriteError("cannot write " + what + " to " + part_.target() + ": " +
+                         nc_strerror(status) + " (is the disk full?)");
     }
 }
 
@@ -109,7 +42,7 @@ void NcWriter::checkCount(const std::vector<std::size_t> &count, std::size_t val
         total *= length;
     }
     if (total != values) {
-        throw std::logic_error("a write to " + path_ + " has " + std::to_string(values) +
+        throw std::logic_error("a write to " + part_.target() + " has " + std::to_string(values) +
                                " values for " + std::to_string(total) + " places");
     }
 }
@@ -223,28 +156,13 @@ void NcWriter::writeCharacters(int variable, const std::vector<std::size_t> &sta
 
 void NcWriter::publish() {
     check(nc_sync(id_), "data");
-    const std::string copy = temporaryPath_ + ".copy";
-    std::error_code error;
-    std::filesystem::copy_file(temporaryPath_, copy,
-                               std::filesystem::copy_options::overwrite_existing, error);
-    if (!error) {
-        std::filesystem::rename(copy, path_, error);
-    }
-    if (error) {
-        std::error_code ignored;
-        std::filesystem::remove(copy, ignored);
-        throw WriteError("cannot write " + path_ + ": " + error.message() + " (is the disk full?)");
-    }
+    part_.publish();
 }
 
 void NcWriter::commit() {
     open_ = false;
     check(nc_close(id_), "data");
-    if (std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
-        throw WriteError("cannot give the finished file its name " + path_ + ": " +
-                         std::strerror(errno));
-    }
-    temporaryPath_.clear();
+    part_.commit();
 }
 
 } // namespace orvik

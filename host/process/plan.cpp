@@ -94,25 +94,6 @@ std::string fileNames(const BurstSource &source) {
     return joined(names);
 }
 
-std::map<std::string, std::string> provenance(const ProcessOptions &options,
-                                              const BurstSource &source,
-                                              const orvikbase::ProcessingParameters &used) {
-    return {
-        {"title", "directional wave parameters and spectra"},
-        {"source", "acoustic current meter bursts, processed by orvik " ORVIK_VERSION},
-        {"burst_file", fileNames(source)},
-        {"burst_file_sha256", checksumsOf(source.files())},
-        {"values_given", joined(options.values)},
-        {"facts_file", std::filesystem::path(options.factsFile).filename().string()},
-        {"processing_method", std::to_string(static_cast<int>(used.method))},
-        {"direction_convention", options.goingTo
-                                     ? "directions waves go to, clockwise from true north"
-                                     : "directions waves come from, clockwise from true north"},
-        {"processing_parameters", parametersText(used)},
-        {"instrument", instrumentText(source.instrument())},
-    };
-}
-
 const char *systemText(VelocitySystem system) {
     switch (system) {
     case VelocitySystem::beam:
@@ -125,6 +106,35 @@ const char *systemText(VelocitySystem system) {
         break;
     }
     return "no velocities";
+}
+
+std::string cutText(const DeploymentOptions &deployment) {
+    const std::string length = deployment.burstLength
+                                   ? fmt::format("bursts of {} samples", *deployment.burstLength)
+                                   : "the bursts that are there";
+    return deployment.layout.empty() ? length : length + ", read as " + deployment.layout;
+}
+
+std::map<std::string, std::string> provenance(const ProcessOptions &options,
+                                              const BurstSource &source,
+                                              const orvikbase::ProcessingParameters &used) {
+    return {
+        {"title", "directional wave parameters and spectra"},
+        {"source", "acoustic current meter bursts, processed by orvik " ORVIK_VERSION},
+        {"burst_file", fileNames(source)},
+        {"burst_file_sha256", checksumsOf(source.files())},
+        {"values_given", joined(options.values)},
+        {"facts_file",
+         options.deployment.factsFile.empty() ? "" : checksumsOf({options.deployment.factsFile})},
+        {"velocities_used", systemText(source.velocitySystem())},
+        {"cut_into", cutText(options.deployment)},
+        {"processing_method", std::to_string(static_cast<int>(used.method))},
+        {"direction_convention", options.goingTo
+                                     ? "directions waves go to, clockwise from true north"
+                                     : "directions waves come from, clockwise from true north"},
+        {"processing_parameters", parametersText(used)},
+        {"instrument", instrumentText(source.instrument())},
+    };
 }
 
 } // namespace

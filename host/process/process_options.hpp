@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "burst/deployment.hpp"
 #include "results/exports.hpp"
 
 namespace orvik {
@@ -13,11 +14,8 @@ namespace orvik {
 struct ProcessOptions {
     std::vector<std::string> inputs;
     std::string output;
-    std::string layout; // empty: by what the files look like
-    std::optional<std::size_t> burstLength;
-    std::string factsFile;
+    DeploymentOptions deployment;    // how the inputs are read
     std::vector<std::string> values; // name=value
-    std::string velocities;          // empty: what comes first in a file that has several
     int method = 0;                  // 0: by what the files hold
     std::optional<double> freqMin;
     std::optional<double> freqMax;

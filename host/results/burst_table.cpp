@@ -71,6 +71,15 @@ std::string timeText(double secondsSince1970) {
                        fmt::gmtime(static_cast<std::time_t>(std::floor(secondsSince1970))));
 }
 
+std::string isoTime(double secondsSince1970) {
+    std::string text = timeText(secondsSince1970);
+    if (text == "-") {
+        return "";
+    }
+    text[text.find(' ')] = 'T';
+    return text + 'Z';
+}
+
 std::string flagsText(int qualityFlags) {
     std::string text;
     for (const QualityWord &word : kQualityWords) {

@@ -24,6 +24,9 @@ struct TableRow {
 
 // "2026-03-01 12:30:00", or "-" when unknown.
 std::string timeText(double secondsSince1970);
+
+// "2026-03-01T12:30:00Z", or nothing when the time is not known.
+std::string isoTime(double secondsSince1970);
 std::string flagsText(int qualityFlags);
 
 std::string tableHead(bool withTruth);

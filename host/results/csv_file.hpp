@@ -3,8 +3,8 @@
 
 #include <string>
 
+#include "files/text_file.hpp"
 #include "results/result_sink.hpp"
-#include "results/text_file.hpp"
 
 namespace orvik {
 

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "results/burst_table.hpp"
 #include "results/quality_words.hpp"
 
 namespace orvik {

@@ -3,9 +3,9 @@
 
 #include <string>
 
+#include "files/text_file.hpp"
 #include "results/directional_grid.hpp"
 #include "results/result_sink.hpp"
-#include "results/text_file.hpp"
 
 namespace orvik {
 

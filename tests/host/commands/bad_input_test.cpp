@@ -131,6 +131,14 @@ TEST_F(BadInput, FileSizeLimitReadsLikeAFullDisk) {
     }
 }
 
+TEST_F(BadInput, FactsFilesAreWholeOrNotThere) {
+    const Outcome outcome = orvik({"init", sea, "-o", directory.file("facts.toml")}, [] {
+        const rlimit most{100, 100};
+        setrlimit(RLIMIT_FSIZE, &most);
+    });
+    expectFailure(outcome, 1, {"cannot write", "facts.toml", "is the disk full?"});
+}
+
 TEST_F(BadInput, FullDisk) {
     const std::string disk = directory.file("disk");
     std::filesystem::create_directory(disk);

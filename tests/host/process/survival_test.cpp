@@ -124,6 +124,22 @@ TEST_F(Survival, StoppedByTheUserItSaysSoAndGoesOn) {
     EXPECT_TRUE(contentOf(result) == expected);
 }
 
+TEST_F(Survival, ChangedFactsAreAnotherRun) {
+    simulate(sea, "60");
+    const std::string facts = directory.file("deployment.toml");
+    std::ofstream(facts) << "magnetic_declination = 2.0\n";
+    RunningProgram program(arguments({"--quiet", "--facts", facts}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 100000; }));
+    program.signal(SIGKILL);
+    program.wait();
+    std::ofstream(facts) << "magnetic_declination = 2.0\nheading = 10.0\n";
+    const Outcome other = orvik(arguments({"--resume", "--quiet", "--facts", facts}));
+    EXPECT_EQ(other.exitCode, 1);
+    EXPECT_TRUE(holds(other.errors, "cannot be resumed")) << other.errors;
+    std::ofstream(facts) << "magnetic_declination = 2.0\n";
+    EXPECT_EQ(orvik(arguments({"--resume", "--quiet", "--facts", facts})).exitCode, 0);
+}
+
 TEST_F(Survival, AFullDiskKeepsWhatIsFinished) {
     simulate(sea, "20");
     const std::string expected = undisturbed({sea});
