@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "frame/constants.hpp"
+#include "spectral/direction_table.hpp"
 
 namespace ov {
 namespace {
@@ -89,31 +90,40 @@ void eliminateColumn(WaveVariables &rec, int p, int n, Diagonal &d) {
     }
 }
 
-// |L^-1 g|^2 for direction k, by forward substitution. A zero diagonal element drops its series.
-double whitenedPower(const WaveVariables &rec, int n, int k) {
-    std::array<double, kMaxSeries> yRe{};
-    std::array<double, kMaxSeries> yIm{};
-    double power = 0.0;
+// |L^-1 g|^2 for every direction, by forward substitution. A zero diagonal element drops its series. Directions are the
+// innermost loop: they do not depend on each other, so the compiler works on several at once.
+void whitenedPowers(const WaveVariables &rec, int n, int directions, DirectionValues &power) {
+    std::array<DirectionValues, kMaxSeries> yRe{};
+    std::array<DirectionValues, kMaxSeries> yIm{};
+    power.fill(0.0);
+    const auto count = static_cast<std::size_t>(directions);
     for (int j = 0; j < n; ++j) {
-        const auto at = static_cast<std::size_t>(j);
+        DirectionValues &re = yRe[static_cast<std::size_t>(j)];
+        DirectionValues &im = yIm[static_cast<std::size_t>(j)];
         const double diagonal = rec.mlmMatrix[j][j];
         if (j == 0 || diagonal != 0.0) { // the first element is not tested
             const int series = rec.mlmSeriesOrder[j];
-            double re = rec.transferRe[series][k];
-            double im = rec.transferIm[series][k];
+            std::copy_n(rec.transferRe[series], directions, re.data());
+            std::copy_n(rec.transferIm[series], directions, im.data());
             for (int i = 0; i < j; ++i) {
-                const auto from = static_cast<std::size_t>(i);
+                const DirectionValues &fromRe = yRe[static_cast<std::size_t>(i)];
+                const DirectionValues &fromIm = yIm[static_cast<std::size_t>(i)];
                 const double lRe = rec.mlmMatrix[j][i];
                 const double lIm = rec.mlmMatrix[i][j];
-                re -= lRe * yRe[from] - lIm * yIm[from];
-                im -= lRe * yIm[from] + lIm * yRe[from];
+                for (std::size_t k = 0; k < count; ++k) {
+                    re[k] -= lRe * fromRe[k] - lIm * fromIm[k];
+                    im[k] -= lRe * fromIm[k] + lIm * fromRe[k];
+                }
             }
-            yRe[at] = re / diagonal;
-            yIm[at] = im / diagonal;
+            for (std::size_t k = 0; k < count; ++k) {
+                re[k] /= diagonal;
+                im[k] /= diagonal;
+            }
         }
-        power += yRe[at] * yRe[at] + yIm[at] * yIm[at];
+        for (std::size_t k = 0; k < count; ++k) {
+            power[k] += re[k] * re[k] + im[k] * im[k];
+        }
     }
-    return power;
 }
 
 // Integral 1 over the circle. The last bin becomes a copy of the first, which closes the circle; the integral still
@@ -187,8 +197,10 @@ void estimateMlm(WaveVariables &rec) {
         }
     }
     const int directions = directionCount(rec);
+    DirectionValues power;
+    whitenedPowers(rec, n, directions, power);
     for (int k = 0; k < directions; ++k) {
-        rec.directionalDistribution[k] = 1.0 / whitenedPower(rec, n, k);
+        rec.directionalDistribution[k] = 1.0 / power[static_cast<std::size_t>(k)];
     }
     normalise(rec.directionalDistribution, directions);
 }

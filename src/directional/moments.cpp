@@ -92,22 +92,20 @@ void computeMomentsFromCrossSpectra(WaveVariables &rec, int f) {
 }
 
 // The last bin repeats the first, so that angle 0 counts twice; the estimator closes the circle that way.
-void computeMomentsFromDistribution(WaveVariables &rec, int f) {
-    const int directions = directionCount(rec);
-    const double step = kTwoPi / directions;
+void computeMomentsFromDistribution(WaveVariables &rec, const DirectionTable &table, int f) {
     double sum = 0.0;
     float a1 = 0.0F;
     float b1 = 0.0F;
     float a2 = 0.0F;
     float b2 = 0.0F;
-    for (int k = 0; k < directions; ++k) {
+    for (int k = 0; k < table.directions; ++k) {
+        const auto at = static_cast<std::size_t>(k);
         const double weight = rec.directionalDistribution[k];
-        const double theta = k * step;
         sum += weight;
-        addTo(a1, std::cos(theta) * weight);
-        addTo(b1, std::sin(theta) * weight);
-        addTo(a2, std::cos(2.0 * theta) * weight);
-        addTo(b2, std::sin(2.0 * theta) * weight);
+        addTo(a1, table.firstCos[at] * weight);
+        addTo(b1, table.firstSin[at] * weight);
+        addTo(a2, table.secondCos[at] * weight);
+        addTo(b2, table.secondSin[at] * weight);
     }
     storeRotated(rec, f,
                  {static_cast<double>(a1) / sum, static_cast<double>(b1) / sum,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "frame/record.hpp"
+#include "spectral/direction_table.hpp"
 
 namespace ov {
 
@@ -9,7 +10,7 @@ namespace ov {
 void computeMomentsFromCrossSpectra(WaveVariables &rec, int f);
 
 // From the directional distribution of the bin.
-void computeMomentsFromDistribution(WaveVariables &rec, int f);
+void computeMomentsFromDistribution(WaveVariables &rec, const DirectionTable &table, int f);
 
 // Nautical direction [degrees, 0 to 360] of the vector (a, b), a east and b north; turned round when `reverse`.
 float nauticalDirection(float a, float b, bool reverse);

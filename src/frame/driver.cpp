@@ -186,13 +186,13 @@ void copyMatrix(WaveVariables &rec) {
     }
 }
 
-void estimateDistribution(WaveVariables &rec, int f) {
+void estimateDistribution(WaveVariables &rec, const DirectionTable &table, int f) {
     copyMatrix(rec);
     estimateMlm(rec);
     refineImlm(rec);
     computeModelCrossSpectra(rec);
     elevationSpectraPerBeam(rec, f);
-    computeMomentsFromDistribution(rec, f);
+    computeMomentsFromDistribution(rec, table, f);
     std::copy_n(rec.imlmWork, directionCount(rec), rec.dirSpectrum[f]);
 }
 
@@ -207,11 +207,11 @@ void keepLastPair(WaveVariables &rec, int f) {
     }
 }
 
-void estimateBin(WaveVariables &rec, int f) {
-    buildTransferMatrix(rec, f);
+void estimateBin(WaveVariables &rec, const DirectionTable &table, int f) {
+    buildTransferMatrix(rec, table, f);
     computeCrossSpectra(rec, f);
     if (usesDistribution(rec)) {
-        estimateDistribution(rec, f);
+        estimateDistribution(rec, table, f);
     } else {
         elevationSpectraFromHorizontal(rec, f);
         computeMomentsFromCrossSpectra(rec, f);
@@ -237,11 +237,11 @@ void applyCurrent(WaveVariables &rec) {
     }
 }
 
-void runPass(WaveVariables &rec) {
+void runPass(WaveVariables &rec, const DirectionTable &table) {
     clearPass(rec);
     solveWaveNumbers(rec);
     for (int f = 0; f < rec.validFreqCount; ++f) {
-        estimateBin(rec, f);
+        estimateBin(rec, table, f);
     }
     spectralMoments(rec);
     applyCurrent(rec);
@@ -323,8 +323,9 @@ void runDriver(WaveVariables &rec) {
     std::fill_n(rec.currentAlongWave, rec.validFreqCount, 0.0F);
     clear(rec.vertVelGainSq); // above a blocked bin the cut would see an earlier burst's
     rec.passCount = rec.firstRunFlag != 0 ? 2 : 1;
+    const DirectionTable table(rec);
     for (int pass = 0; pass < rec.passCount; ++pass) {
-        runPass(rec);
+        runPass(rec, table);
     }
     deriveParameters(rec);
     finalChecks(rec);

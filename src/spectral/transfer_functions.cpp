@@ -126,17 +126,14 @@ void linearTransferGains(WaveVariables &rec, int i) {
         static_cast<float>(raisedToFloor(pressureAttenuation(k, rec.waterDepth, depth)));
 }
 
-void buildTransferMatrix(WaveVariables &rec, int i) {
+void buildTransferMatrix(WaveVariables &rec, const DirectionTable &table, int i) {
     linearTransferGains(rec, i);
-    const int directions = directionCount(rec);
     double re = 0.0;
     double im = 0.0;
-    for (int m = 0; m < directions; ++m) {
-        const double theta = (2 * m) * kPi / directions;
-        const double cosTheta = std::cos(theta);
-        const double sinTheta = std::sin(theta);
+    for (int m = 0; m < table.directions; ++m) {
+        const auto at = static_cast<std::size_t>(m);
         for (int s = 0; s < rec.seriesCount; ++s) {
-            seriesTransfer(rec, i, s, cosTheta, sinTheta, re, im);
+            seriesTransfer(rec, i, s, table.waveCos[at], table.waveSin[at], re, im);
             rec.transferRe[s][m] = re;
             rec.transferIm[s][m] = im;
         }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "frame/record.hpp"
+#include "spectral/direction_table.hpp"
 
 namespace ov {
 
@@ -16,7 +17,7 @@ double pressureAttenuation(float waveNumber, float waterDepth, double depth);
 void linearTransferGains(WaveVariables &rec, int i);
 
 // Gains, then the transfer matrix (series by direction) of frequency bin i.
-void buildTransferMatrix(WaveVariables &rec, int i);
+void buildTransferMatrix(WaveVariables &rec, const DirectionTable &table, int i);
 
 // Turns the spectra of all series to one sampling instant, that of the first velocity.
 void alignSeriesPhases(WaveVariables &rec);

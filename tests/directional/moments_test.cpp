@@ -63,7 +63,7 @@ TEST(DistributionMoments, OneDirectionHasLengthOneAndNoSpread) {
     for (const int bin : {0, 1, 17, 22, 45, 60, 89}) {
         const RecordPtr rec = distribution(90);
         rec->directionalDistribution[bin] = 0.37;
-        ov::computeMomentsFromDistribution(*rec, 11);
+        ov::computeMomentsFromDistribution(*rec, ov::DirectionTable(*rec), 11);
         const double theta = 4.0 * bin * kDegree;
         EXPECT_NEAR(rec->fourierA1[11], std::cos(theta), 1e-7);
         EXPECT_NEAR(rec->fourierB1[11], std::sin(theta), 1e-7);
@@ -78,7 +78,7 @@ TEST(DistributionMoments, OneDirectionHasLengthOneAndNoSpread) {
 TEST(DistributionMoments, AUniformOneHasNoLengthAndTheGreatestSpread) {
     const RecordPtr rec = distribution(90);
     std::fill_n(rec->directionalDistribution, 90, 1.0 / (2.0 * M_PI));
-    ov::computeMomentsFromDistribution(*rec, 0);
+    ov::computeMomentsFromDistribution(*rec, ov::DirectionTable(*rec), 0);
     EXPECT_NEAR(std::hypot(rec->fourierA1[0], rec->fourierB1[0]), 0.0, 1e-6);
     EXPECT_NEAR(rec->directionalSpread[0], std::sqrt(2.0) / kDegree, 1e-4);
 }
@@ -87,7 +87,7 @@ TEST(DistributionMoments, TheLastBinKeepsItsOwnAngleAlthoughItRepeatsTheFirst) {
     const RecordPtr rec = distribution(4);
     const double d[] = {1.0, 2.0, 0.5, 1.0};
     std::copy(std::begin(d), std::end(d), rec->directionalDistribution);
-    ov::computeMomentsFromDistribution(*rec, 0);
+    ov::computeMomentsFromDistribution(*rec, ov::DirectionTable(*rec), 0);
     EXPECT_FLOAT_EQ(rec->fourierA1[0], static_cast<float>((1.0 - 0.5) / 4.5));
     EXPECT_FLOAT_EQ(rec->fourierB1[0], static_cast<float>((2.0 - 1.0) / 4.5));
     EXPECT_FLOAT_EQ(rec->fourierA2[0], static_cast<float>((1.0 - 2.0 + 0.5 - 1.0) / 4.5));
@@ -99,7 +99,7 @@ TEST(DistributionMoments, ACosineSquaredIsItsClosedForm) {
         rec->directionalDistribution[k] =
             (1.0 + std::cos((4.0 * k - 50.0) * kDegree)) / (2.0 * M_PI);
     }
-    ov::computeMomentsFromDistribution(*rec, 0);
+    ov::computeMomentsFromDistribution(*rec, ov::DirectionTable(*rec), 0);
     EXPECT_NEAR(rec->fourierA1[0], 0.5 * std::cos(50.0 * kDegree), 1e-6);
     EXPECT_NEAR(rec->fourierB1[0], 0.5 * std::sin(50.0 * kDegree), 1e-6);
     EXPECT_NEAR(rec->fourierA2[0], 0.0, 1e-6);
@@ -124,7 +124,7 @@ TEST(DistributionMoments, KeepTheRunningSumsInSinglePrecision) {
         b2 = static_cast<float>(static_cast<double>(b2) + std::sin(2.0 * theta) * weight);
     }
     ASSERT_NE(static_cast<float>(wideA1 / sum), static_cast<float>(static_cast<double>(a1) / sum));
-    ov::computeMomentsFromDistribution(*rec, 0);
+    ov::computeMomentsFromDistribution(*rec, ov::DirectionTable(*rec), 0);
     EXPECT_EQ(rec->fourierA1[0], static_cast<float>(static_cast<double>(a1) / sum));
     EXPECT_EQ(rec->fourierB2[0], static_cast<float>(static_cast<double>(b2) / sum));
 }
@@ -132,7 +132,7 @@ TEST(DistributionMoments, KeepTheRunningSumsInSinglePrecision) {
 TEST(DistributionMoments, WithoutEnergyAreNotANumber) {
     const RecordPtr rec = distribution(90);
     rec->fourierA1[3] = 0.5F;
-    ov::computeMomentsFromDistribution(*rec, 3);
+    ov::computeMomentsFromDistribution(*rec, ov::DirectionTable(*rec), 3);
     EXPECT_TRUE(std::isnan(rec->fourierA1[3]));
     EXPECT_TRUE(std::isnan(rec->meanDirection[3]));
     EXPECT_EQ(rec->fourierA1[4], 0.0F);
@@ -144,7 +144,7 @@ TEST(Rotation, TurnsEveryOrderByItsOwnMultiple) {
             const RecordPtr rec = distribution(90);
             rec->directionOffset = offset;
             rec->directionalDistribution[bin] = 1.0;
-            ov::computeMomentsFromDistribution(*rec, 0);
+            ov::computeMomentsFromDistribution(*rec, ov::DirectionTable(*rec), 0);
             const double theta = (4.0 * bin - static_cast<double>(offset)) * kDegree;
             EXPECT_NEAR(rec->fourierA1[0], std::cos(theta), 2e-7);
             EXPECT_NEAR(rec->fourierB1[0], std::sin(theta), 2e-7);
@@ -162,7 +162,7 @@ TEST(Rotation, ReversingTurnsTheDirectionButNotTheCoefficients) {
     const RecordPtr rec = distribution(90);
     rec->reverseDirections = 1;
     rec->directionalDistribution[20] = 1.0; // 80 degrees from east: compass 10
-    ov::computeMomentsFromDistribution(*rec, 0);
+    ov::computeMomentsFromDistribution(*rec, ov::DirectionTable(*rec), 0);
     EXPECT_NEAR(rec->meanDirection[0], 190.0, 1e-4);
     EXPECT_NEAR(rec->fourierB1[0], std::sin(80.0 * kDegree), 1e-7);
 }

@@ -160,7 +160,7 @@ RecordPtr sixSeries() {
 TEST(TransferMatrix, FollowsPhaseAndOrbitOfEverySeriesKind) {
     const RecordPtr rec = sixSeries();
     rec->nDirections = 8;
-    ov::buildTransferMatrix(*rec, 0);
+    ov::buildTransferMatrix(*rec, ov::DirectionTable(*rec), 0);
     const double k = rec->waveNumbers[0];
     for (int m = 0; m < 8; ++m) {
         const double theta = M_PI * m / 4.0;
@@ -183,7 +183,7 @@ TEST(TransferMatrix, FollowsPhaseAndOrbitOfEverySeriesKind) {
 
 TEST(TransferMatrix, PressureHasItsGainWhateverItsPosition) {
     const RecordPtr rec = sixSeries();
-    ov::buildTransferMatrix(*rec, 0);
+    ov::buildTransferMatrix(*rec, ov::DirectionTable(*rec), 0);
     for (int m = 0; m < 90; ++m) {
         EXPECT_EQ(rec->transferRe[5][m], static_cast<double>(rec->pressureGain[0]));
         EXPECT_EQ(rec->transferIm[5][m], 0.0);
@@ -192,7 +192,7 @@ TEST(TransferMatrix, PressureHasItsGainWhateverItsPosition) {
 
 TEST(TransferMatrix, AnUnknownSeriesKeepsTheValueOfTheSeriesBeforeIt) {
     const RecordPtr rec = sixSeries();
-    ov::buildTransferMatrix(*rec, 0);
+    ov::buildTransferMatrix(*rec, ov::DirectionTable(*rec), 0);
     for (int m = 0; m < 90; ++m) {
         EXPECT_EQ(rec->transferRe[2][m], rec->transferRe[1][m]);
         EXPECT_EQ(rec->transferIm[4][m], rec->transferIm[3][m]);
@@ -203,7 +203,7 @@ TEST(TransferMatrix, AnUnknownFirstSeriesStartsAtZeroAndThenRepeatsTheLastOfTheD
     const RecordPtr rec = sixSeries();
     rec->seriesType[0] = 9;
     rec->seriesType[5] = 1;
-    ov::buildTransferMatrix(*rec, 0);
+    ov::buildTransferMatrix(*rec, ov::DirectionTable(*rec), 0);
     EXPECT_EQ(rec->transferRe[0][0], 0.0);
     EXPECT_EQ(rec->transferIm[0][0], 0.0);
     EXPECT_EQ(rec->transferRe[0][1], rec->transferRe[5][0]);
@@ -213,11 +213,11 @@ TEST(TransferMatrix, AnUnknownFirstSeriesStartsAtZeroAndThenRepeatsTheLastOfTheD
 TEST(TransferMatrix, CountsOfNoneAndOfTooManyDirectionsStayInside) {
     const RecordPtr rec = sixSeries();
     rec->nDirections = -1;
-    ov::buildTransferMatrix(*rec, 0);
+    ov::buildTransferMatrix(*rec, ov::DirectionTable(*rec), 0);
     EXPECT_EQ(rec->transferRe[0][0], 0.0);
     EXPECT_GT(rec->horizVelGain[0], 0.0F); // the gains come first
     rec->nDirections = 400;
-    ov::buildTransferMatrix(*rec, 0);
+    ov::buildTransferMatrix(*rec, ov::DirectionTable(*rec), 0);
     EXPECT_NE(rec->transferRe[1][89], 0.0);
 }
 
