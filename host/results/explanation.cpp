@@ -1,5 +1,6 @@
 #include "results/explanation.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 
@@ -113,6 +114,13 @@ bool trackFailed(const StoredBurst &burst) {
     return (burst.qualityFlags & (OV_FLAG_NO_TRACK | OV_FLAG_TRACK_RANGE)) != 0;
 }
 
+// Velocities were there, but no spectrum of heights could be made of them.
+bool velocityTellsNoHeights(const StoredBurst &burst) {
+    const std::vector<double> density = burst.spectrum("variance_density_velocity");
+    return known(burst.value("current_speed")) &&
+           std::none_of(density.begin(), density.end(), known);
+}
+
 int sourceOf(const StoredBurst &burst) {
     const double source = burst.value("spectrum_source");
     return known(source) ? static_cast<int>(source) : OV_SOURCE_PRESSURE;
@@ -154,6 +162,10 @@ std::string energyText(const ResultReader &results, const StoredBurst &burst) {
                                                     "instruments, unless --source says otherwise."
                                                   : "--source asks for it."));
     }
+    if (fallsBack && velocityTellsNoHeights(burst)) {
+        return paragraph("energy", "from pressure: there was no usable surface track, and velocity "
+                                   "tells no heights.");
+    }
     return paragraph("energy", std::string("from pressure: ") +
                                    (fallsBack ? "without a usable surface track it is taken at "
                                                 "depths of up to 20 m, unless --source says "
@@ -179,7 +191,12 @@ std::string measuredText(const StoredBurst &burst) {
                             known(pressure) ? ", velocity" : "Velocity was measured", velocity);
     }
     if (known(pressure) || known(velocity)) {
-        text += "; above that a tail f^-4.5 stands in their spectra.";
+        text += fmt::format("; above that a tail f^-4.5 stands in {}. ",
+                            known(pressure) && known(velocity) ? "their spectra" : "its spectrum");
+    }
+    if (velocityTellsNoHeights(burst)) {
+        text += "Velocity tells directions but no heights: its cell is too near to the bed or too "
+                "deep for the waves' vertical velocity.";
     }
     return text.empty() ? "" : paragraph("measured", text);
 }

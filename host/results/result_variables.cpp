@@ -6,7 +6,7 @@
 #include <string>
 
 #include "results/confidence.hpp"
-#include "results/spectrum_tail.hpp"
+#include "run/spectrum_tail.hpp"
 #include "simulate/wave_theory.hpp"
 
 namespace orvik {

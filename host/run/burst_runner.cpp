@@ -4,16 +4,27 @@
 #include <cmath>
 #include <numeric>
 
+#include <fmt/format.h>
+
 #include "run/point_front_end.hpp"
 #include "run/profile_as_point.hpp"
 #include "run/profile_front_end.hpp"
+#include "run/unmeasured.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
 
 namespace {
 
+using orvikbase::DirectionalInput;
 using orvikbase::QualityFlag;
+
+constexpr std::int32_t kTrackFlags = OV_FLAG_NO_TRACK | OV_FLAG_TRACK_RANGE;
+
+DirectionalInput wantedInput(const ProcessingChoices &choices) {
+    return static_cast<DirectionalInput>(
+        choices.directionalInputMode.value_or(usesTrack(choices.method) ? 2 : 0));
+}
 
 // Whether likelihood methods get their bursts by way of a point instrument: profile_as_point.hpp says why.
 bool goesAsPoint(const Instrument &instrument, int method) {
@@ -41,8 +52,7 @@ orvikbase::ProcessingParameters libraryParameters(const Instrument &instrument,
     parameters.headingOffset = static_cast<float>(instrument.declination);
     parameters.dirBandWidth = choices.dirBandWidth;
     parameters.specBandWidth = choices.specBandWidth;
-    parameters.directionalInput = static_cast<orvikbase::DirectionalInput>(
-        choices.directionalInputMode.value_or(usesTrack(choices.method) ? 2 : 0));
+    parameters.directionalInput = wantedInput(choices);
     parameters.estimateMask = frontEnd.estimateMask(usesTrack(choices.method));
     parameters.directions = choices.nDirections;
     parameters.troughMargin = static_cast<float>(choices.troughMargin);
@@ -87,7 +97,10 @@ struct BurstRunner::Impl {
 
     void setParameters(int method, bool withTrack);
     void note(const Burst &burst, BurstResult &result, std::size_t used) const;
+    [[nodiscard]] bool fellBackToPressure(const BurstResult &result) const;
     void process(BurstResult &result);
+    void processAgain(BurstResult &result);
+    void clean(const Burst &burst, BurstResult &result) const;
     void collect(BurstResult &result);
     void collectDistribution(BurstResult &result);
     BurstResult runHere(const Burst &burst, std::vector<std::uint8_t> present, std::string reason);
@@ -131,6 +144,26 @@ void BurstRunner::Impl::note(const Burst &burst, BurstResult &result, std::size_
         result.notes.push_back("no surface track: processed as method " +
                                std::to_string(choices.method - 1));
     }
+    if (result.processed && fellBackToPressure(result)) {
+        result.notes.emplace_back(
+            "the velocity cell is too near to the bed or too deep to tell heights: the spectrum "
+            "is that from pressure");
+    }
+    const bool upwards = std::abs(std::remainder(burst.roll + instrument.rollOffset, 360.0)) < 90.0;
+    const double cell = static_cast<double>(result.waves.cellVerticalRange);
+    if (result.processed && (upwards || !std::isfinite(burst.roll)) &&
+        cell > static_cast<double>(result.waves.instrumentDepth)) {
+        result.notes.push_back(
+            fmt::format("the velocity cell, {:.1f} m above the head, is out of the water: correct "
+                        "cell_range",
+                        cell));
+    }
+}
+
+// The spectrum was to come from velocity, or from what is best, and could not.
+bool BurstRunner::Impl::fellBackToPressure(const BurstResult &result) const {
+    return wantedInput(choices) != DirectionalInput::pressure &&
+           result.parameters.directionalInput == DirectionalInput::pressure;
 }
 
 void BurstRunner::Impl::collect(BurstResult &result) {
@@ -171,24 +204,40 @@ void BurstRunner::Impl::collectDistribution(BurstResult &result) {
     }
 }
 
-// A surface track that turns out unusable leaves an empty series in the maximum likelihood estimate, which moves heights
-// by several percent. Such a burst is processed once more as if it never had a track.
-void BurstRunner::Impl::process(BurstResult &result) {
-    result.processed = record.process();
-    collect(result);
-    const std::int32_t trackFlags =
-        result.waves.qualityFlags & (OV_FLAG_NO_TRACK | OV_FLAG_TRACK_RANGE);
-    if (!result.processed || !usesTrack(choices.method) || trackFlags == 0) {
-        return;
-    }
-    parameters.method = static_cast<orvikbase::Method>(choices.method - 1);
-    parameters.estimateMask = frontEnd->estimateMask(false);
+void BurstRunner::Impl::processAgain(BurstResult &result) {
+    const std::int32_t trackFlags = result.waves.qualityFlags & kTrackFlags;
     parameters = record.setProcessing(parameters);
     result.processed = record.process();
     result.directionWeights.clear();
     collect(result);
     result.waves.qualityFlags |= trackFlags;
     result.parameters = parameters;
+}
+
+// A surface track that turns out unusable leaves an empty series in the maximum likelihood estimate, which moves heights
+// by several percent. Such a burst is processed once more as if it never had a track. Heights never rest on a velocity
+// spectrum of which nothing was measured: pressure then is what there is.
+void BurstRunner::Impl::process(BurstResult &result) {
+    result.processed = record.process();
+    collect(result);
+    if (result.processed && usesTrack(choices.method) &&
+        (result.waves.qualityFlags & kTrackFlags) != 0) {
+        parameters.method = static_cast<orvikbase::Method>(choices.method - 1);
+        parameters.estimateMask = frontEnd->estimateMask(false);
+        processAgain(result);
+    }
+    if (heightsRestOnTail(result)) {
+        parameters.directionalInput = DirectionalInput::pressure;
+        processAgain(result);
+    }
+}
+
+void BurstRunner::Impl::clean(const Burst &burst, BurstResult &result) const {
+    if (burst.velocitySystem == VelocitySystem::none) {
+        removeDirections(result);
+    }
+    removeUnmeasuredVelocity(result);
+    judgeTiltOfDownwardHead(burst.pitch, burst.roll + instrument.rollOffset, result);
 }
 
 BurstResult BurstRunner::Impl::runHere(const Burst &burst, std::vector<std::uint8_t> present,
@@ -202,8 +251,9 @@ BurstResult BurstRunner::Impl::runHere(const Burst &burst, std::vector<std::uint
     setParameters(choices.method, usesTrack(choices.method));
     result.parameters = parameters;
     const SentBurst sent = frontEnd->send(record, burst, present, cleaned);
-    note(burst, result, sent.samples);
     process(result);
+    clean(burst, result);
+    note(burst, result, sent.samples);
     if (!result.processed && result.reason.empty()) {
         result.reason = sent.accepted ? "no results" : "more than 10 % of the samples are missing";
     }

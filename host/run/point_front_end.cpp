@@ -64,6 +64,28 @@ Velocities withGaps(const Velocities &velocity, const std::vector<std::uint8_t> 
     return marked;
 }
 
+// Velocities of nothing but 0 have no direction, and for want of one the library takes away the mean period as well. The
+// pressure stands in for them; what follows from that is removed from the results.
+Velocities standInVelocities(const std::vector<float> &pressure) {
+    double sum = 0.0;
+    double count = 0.0;
+    for (const float value : pressure) {
+        if (std::isfinite(value)) {
+            sum += static_cast<double>(value);
+            count += 1.0;
+        }
+    }
+    const auto mean = static_cast<float>(count > 0.0 ? sum / count : 0.0);
+    Velocities swaying;
+    swaying[2].assign(pressure.size(), 0.0F);
+    for (const float value : pressure) {
+        const float velocity = std::isfinite(value) ? value - mean : 0.0F;
+        swaying[0].push_back(velocity);
+        swaying[1].push_back(velocity);
+    }
+    return swaying;
+}
+
 Velocities turned(const Velocities &velocity, const Matrix3 &matrix) {
     Velocities result = velocity;
     for (std::size_t i = 0; i < velocity[0].size(); ++i) {
@@ -97,9 +119,7 @@ std::int32_t PointFrontEnd::estimateMask(bool withTrack) const {
 // In the system that the method takes.
 Velocities PointFrontEnd::velocities(const Burst &burst) const {
     if (burst.velocitySystem == VelocitySystem::none) {
-        Velocities still;
-        still.fill(std::vector<float>(burst.pressure.size(), 0.0F));
-        return still;
+        return standInVelocities(burst.pressure);
     }
     const bool earth = usesEarthVelocities(method_);
     if (burst.velocitySystem == (earth ? VelocitySystem::enu : VelocitySystem::beam)) {

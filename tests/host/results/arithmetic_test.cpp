@@ -9,7 +9,7 @@
 #include "host/burst/scratch_directory.hpp"
 #include "results/checksum.hpp"
 #include "results/confidence.hpp"
-#include "results/spectrum_tail.hpp"
+#include "run/spectrum_tail.hpp"
 #include "user_error.hpp"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "results/spectrum_tail.hpp"
+#include "run/spectrum_tail.hpp"
 
 #include <cmath>
 
@@ -7,6 +7,8 @@ namespace orvik {
 namespace {
 
 constexpr double kTailExponent = 4.5;
+constexpr double kRiseExponent = 10.0;
+constexpr double kSameRise = 1e-4; // the same for f^10
 constexpr double kSameLevel =
     1e-5; // single precision, with what its rounding of frequencies makes of f^4.5
 
@@ -29,6 +31,21 @@ std::optional<std::size_t> lastMeasuredBin(std::span<const float> density,
         --bin;
     }
     return bin + 1 < density.size() ? std::optional(bin) : std::nullopt;
+}
+
+bool isNothingButTail(std::span<const float> density, std::span<const double> frequencies) {
+    const auto last = lastMeasuredBin(density, frequencies);
+    if (!last) {
+        return false;
+    }
+    for (std::size_t bin = 0; bin < *last; ++bin) {
+        const double rise = static_cast<double>(density[*last]) *
+                            std::pow(frequencies[bin] / frequencies[*last], kRiseExponent);
+        if (!(std::abs(static_cast<double>(density[bin]) - rise) <= kSameRise * rise)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace orvik

@@ -12,4 +12,8 @@ namespace orvik {
 std::optional<std::size_t> lastMeasuredBin(std::span<const float> density,
                                            std::span<const double> frequencies);
 
+// Whether nothing of a velocity spectrum was measured. Where depth hides the waves from the cell at every frequency, the
+// tail begins at the lowest one; the library then turns its long-wave end into a rise S(f) ~ f^10.
+bool isNothingButTail(std::span<const float> density, std::span<const double> frequencies);
+
 } // namespace orvik
