@@ -1,6 +1,7 @@
 // Physical class: what was not measured is no number in a result, and heights do not rest on it.
 #include <cmath>
 #include <fstream>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -34,10 +35,10 @@ protected:
         return orvik(options);
     }
     [[nodiscard]] std::string explained() const {
-        std::string text = orvik({"explain", result, "--burst", "0"}).output;
-        const std::string lineBreak = "\n            ";
-        for (auto at = text.find(lineBreak); at != std::string::npos; at = text.find(lineBreak)) {
-            text.replace(at, lineBreak.size(), " ");
+        std::istringstream words(orvik({"explain", result, "--burst", "0"}).output);
+        std::string text;
+        for (std::string word; words >> word;) {
+            text += (text.empty() ? "" : " ") + word;
         }
         return text;
     }
