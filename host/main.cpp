@@ -54,6 +54,25 @@ void refuseUnknownCommand(const CLI::App &app, int argc, char **argv) {
     }
 }
 
+// What CLI11 objects to, or help and version that were asked for.
+int answer(const CLI::App &app, const CLI::ParseError &error) {
+    if (error.get_exit_code() == 0) {
+        app.exit(error);
+        return 0;
+    }
+    const auto commands = app.get_subcommands();
+    const std::string command = commands.empty() ? "" : " " + commands.front()->get_name();
+    std::string text = error.what();
+    // A misspelt option takes that of which it is the name away, too: the missing one is then not the cause.
+    for (const std::string &word : app.remaining(true)) {
+        if (word.size() > 1 && word.front() == '-') {
+            text = fmt::format("orvik{} has no option {}", command, word);
+            break;
+        }
+    }
+    return fail(fmt::format("{}; 'orvik{} --help' lists the options", text, command), kUsage);
+}
+
 int run(int argc, char **argv) {
     CLI::App app{"Directional waves from bursts of acoustic current meters", "orvik"};
     app.set_version_flag("--version", versionText());
@@ -69,8 +88,8 @@ int run(int argc, char **argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        if (app.exit(error) != 0) {
-            return kUsage;
+        if (const int status = answer(app, error); status != 0) {
+            return status;
         }
     }
     std::cout.flush();

@@ -33,8 +33,8 @@ struct BurstFileReader::Impl {
         checkOverrides(overrides);
         for (const char *name : {"velocity_cell", "simultaneous_sampling"}) {
             if (overrides.count(name) != 0) {
-                throw UsageError(std::string("--set ") + name + " is not for burst files: " + path +
-                                 " tells it by its layout");
+                throw UsageError(overrides.nameWithOrigin(name) +
+                                 " is not for burst files: " + path + " tells it by its layout");
             }
         }
         known = factsOfBurstFile(file);
@@ -145,8 +145,8 @@ void BurstFileReader::Impl::findSeries() {
         }
     }
     if (overrides.count("time") != 0 && bursts > 1) {
-        throw UsageError("--set time is for a file with one burst; " + file.path() + " holds " +
-                         std::to_string(bursts));
+        throw UsageError(overrides.nameWithOrigin("time") + " is for a file with one burst; " +
+                         file.path() + " holds " + std::to_string(bursts));
     }
 }
 

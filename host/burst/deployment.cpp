@@ -137,7 +137,7 @@ std::unique_ptr<BurstSource> openDeployment(const std::vector<std::string> &path
     checkOverrides(given.overrides);
     DeploymentOptions options = given;
     if (!options.factsFile.empty()) {
-        options.overrides.merge(readFacts(options.factsFile)); // what is there already stays
+        options.overrides.addFrom(readFacts(options.factsFile));
     }
     if (files.size() == 1) {
         return openFile(files.front(), options);

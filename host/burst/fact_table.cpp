@@ -92,6 +92,19 @@ std::vector<double> parseNumbers(const std::string &name, const std::string &tex
 
 } // namespace
 
+void Overrides::addFrom(const Overrides &facts) {
+    for (const auto &[name, text] : facts) {
+        if (try_emplace(name, text).second) {
+            factsFiles[name] = facts.factsFiles.at(name);
+        }
+    }
+}
+
+std::string Overrides::nameWithOrigin(const std::string &name) const {
+    const auto found = factsFiles.find(name);
+    return found == factsFiles.end() ? "--set " + name : name + " in " + found->second;
+}
+
 std::span<const Fact> factTable() { return kFacts; }
 
 const Fact *findFact(const std::string &name) {
@@ -108,7 +121,7 @@ std::string countText(const Fact &fact) {
 MissingFact::MissingFact(const std::string &name, const std::string &path,
                          const std::string &alternative)
     : UserError(name + " is missing in " + path + ": give it with --set " + name + "=" +
-                findFact(name)->asked + alternative),
+                findFact(name)->asked + alternative + "; orvik init lists all that is missing"),
       fact_(name) {}
 
 void checkOverrides(const Overrides &overrides) {

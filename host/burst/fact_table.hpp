@@ -14,7 +14,15 @@
 namespace orvik {
 
 // Values that the user gives for what a file lacks, by the file's variable names ("cell_range" -> "7.4").
-using Overrides = std::map<std::string, std::string>;
+struct Overrides : std::map<std::string, std::string> {
+    using std::map<std::string, std::string>::map;
+    // Those of `facts` that are not there yet.
+    void addFrom(const Overrides &facts);
+    // "--set cell_range", or "cell_range in deployment.toml".
+    [[nodiscard]] std::string nameWithOrigin(const std::string &name) const;
+
+    std::map<std::string, std::string> factsFiles; // of values that a facts file told, its path
+};
 
 enum class FactScope { deployment, burst };
 

@@ -70,6 +70,7 @@ Overrides readFacts(const std::string &path) {
             refuse(path, node, name + " is no fact; known are " + known);
         }
         facts[name] = valueText(path, *fact, node);
+        facts.factsFiles[name] = path;
     }
     return facts;
 }

@@ -60,6 +60,10 @@ public:
     }
 
     [[nodiscard]] std::string where(const std::string &name) const {
+        const auto &files = sources_.overrides.factsFiles;
+        if (const auto told = files.find(name); told != files.end()) {
+            return " in " + told->second;
+        }
         return sources_.overrides.count(name) != 0 ? " (given with --set)" : " in " + sources_.path;
     }
 

@@ -42,8 +42,9 @@ LayoutSource::LayoutSource(std::unique_ptr<LayoutData> data, const Overrides &ov
         throw UserError(data_->path() + " holds no bursts");
     }
     if (overrides_.count("time") != 0 && data_->burstCount() > 1 && !data_->countsFromStart()) {
-        throw UsageError("--set time is for one burst, or times that count from 0; " +
-                         data_->path() + " holds " + std::to_string(data_->burstCount()));
+        throw UsageError(overrides_.nameWithOrigin("time") +
+                         " is for one burst, or times that count from 0; " + data_->path() +
+                         " holds " + std::to_string(data_->burstCount()));
     }
     simultaneous_ = factNumber(known_, overrides_, "simultaneous_sampling").value_or(1.0) != 0.0;
     const DataShape &shape = data_->shape();

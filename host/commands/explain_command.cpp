@@ -1,6 +1,7 @@
 #include "commands/explain_command.hpp"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -16,7 +17,7 @@ namespace {
 
 struct ExplainOptions {
     std::string results;
-    std::size_t burst = 0;
+    std::int64_t burst = 0;
 };
 
 // Rows are nearly always bursts; the file says when they are not.
@@ -40,7 +41,11 @@ StoredBurst findBurst(const ResultReader &results, std::size_t place) {
 
 void runExplain(const ExplainOptions &options) {
     const ResultReader results(options.results);
-    fmt::print("{}", explanationOf(results, findBurst(results, options.burst)));
+    if (options.burst < 0) {
+        throw UsageError(fmt::format("--burst {}: bursts are counted from 0", options.burst));
+    }
+    const auto place = static_cast<std::size_t>(options.burst);
+    fmt::print("{}", explanationOf(results, findBurst(results, place)));
 }
 
 } // namespace

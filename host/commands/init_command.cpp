@@ -1,6 +1,7 @@
 #include "commands/init_command.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -30,6 +31,8 @@ struct InitOptions {
 struct Findings {
     KnownFacts known;
     std::vector<std::string> missing; // in the order in which `orvik process` asks for them
+    std::vector<std::string> useless; // that files of this layout do not take
+    KnownFacts byBurst;               // told for every burst, here of the first that can be read
     std::vector<std::string> notes;
     std::size_t bursts = 0;
 };
@@ -54,17 +57,65 @@ void requireFacts(const BurstSource &source) {
     }
 }
 
+bool isAmong(const std::vector<std::string> &names, const std::string &name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+void findFactsOfBursts(const BurstSource &source, Findings &findings) {
+    for (std::size_t i = 0; i < findings.bursts; ++i) {
+        try {
+            const Burst burst = source.readBurst(i);
+            const std::pair<const char *, double> told[] = {{"heading", burst.heading},
+                                                            {"pitch", burst.pitch},
+                                                            {"roll", burst.roll},
+                                                            {"time", burst.startTime}};
+            for (const auto &[name, value] : told) {
+                if (std::isfinite(value) && findings.known.count(name) == 0 &&
+                    !isAmong(findings.missing, name)) {
+                    findings.byBurst[name] = {{value}, fmt::format("burst {}", i)};
+                }
+            }
+            return;
+        } catch (const UserError &) {
+            continue; // processing will tell what is wrong with it
+        }
+    }
+}
+
+void findUselessFacts(const std::string &file, const DeploymentOptions &given, Findings &findings) {
+    for (const Fact &fact : factTable()) {
+        DeploymentOptions deployment = given;
+        if (!deployment.overrides.try_emplace(fact.name, asOverride(fact.example)).second) {
+            continue;
+        }
+        try {
+            openDeployment({file}, deployment);
+        } catch (const UsageError &) {
+            findings.useless.emplace_back(fact.name);
+        } catch (const UserError &) {
+            continue; // it is the example that does not fit
+        }
+    }
+}
+
+void complete(const BurstSource &source, const DeploymentOptions &deployment, Findings &findings) {
+    findFactsOfBursts(source, findings);
+    findUselessFacts(source.files().front(), deployment, findings);
+}
+
 // Opens the data as processing would, again and again, an example in the place of each fact that is missed.
 Findings findingsOf(const InitOptions &options) {
     Findings findings;
     DeploymentOptions deployment = options.deployment;
+    std::unique_ptr<BurstSource> source;
     for (;;) {
         try {
-            const auto source = openDeployment(options.inputs, deployment);
+            source = openDeployment(options.inputs, deployment);
             findings.known = source->knownFacts();
             findings.notes = source->notes();
             findings.bursts = source->burstCount();
             requireFacts(*source);
+            complete(*source, deployment, findings);
             return findings;
         } catch (const MissingFact &error) {
             const std::string &name = error.fact();
@@ -73,7 +124,8 @@ Findings findingsOf(const InitOptions &options) {
             }
             findings.missing.push_back(name);
             if (name == "beam_azimuth" || name == "beam_to_xyz") {
-                return findings; // the last thing that is asked for
+                complete(*source, deployment, findings); // the last thing that is asked for
+                return findings;
             }
             deployment.overrides[name] = asOverride(findFact(name)->example);
         }
@@ -92,9 +144,43 @@ std::string valueText(const std::vector<double> &values) {
     return fmt::format("[{}]", fmt::join(values, ", "));
 }
 
-bool isMissing(const Findings &findings, const std::string &name) {
-    return std::find(findings.missing.begin(), findings.missing.end(), name) !=
-           findings.missing.end();
+std::string counted(std::size_t number, const std::string &one) {
+    return fmt::format("{} {}{}", number, one, number == 1 ? "" : "s");
+}
+
+// What is there already, as lines to be corrected.
+std::string foundText(const Findings &findings) {
+    std::string text = "\n# Found in the data; tell them here only to correct them:\n";
+    for (const Fact &fact : factTable()) {
+        const auto known = findings.known.find(fact.name);
+        if (known != findings.known.end()) {
+            text += fmt::format("\n# {}{}; from {}\n# {} = {}\n", fact.why, unitText(fact),
+                                known->second.origin, fact.name, valueText(known->second.values));
+        }
+    }
+    for (const Fact &fact : factTable()) {
+        const auto known = findings.byBurst.find(fact.name);
+        if (known != findings.byBurst.end() && !isAmong(findings.useless, fact.name)) {
+            const double value = known->second.values.front();
+            text += fmt::format("\n# {}{}; told for every burst, in {} it is {:g}\n# {} = {:g}\n",
+                                fact.why, unitText(fact), known->second.origin, value, fact.name,
+                                value);
+        }
+    }
+    return text;
+}
+
+std::string otherText(const Findings &findings) {
+    std::string text = "\n# Not in the data; processing does without, or takes what is usual (the "
+                       "values are examples):\n";
+    for (const Fact &fact : factTable()) {
+        if (findings.known.count(fact.name) == 0 && findings.byBurst.count(fact.name) == 0 &&
+            !isAmong(findings.missing, fact.name) && !isAmong(findings.useless, fact.name)) {
+            text += fmt::format("\n# {}{}\n# {} = {}\n", fact.why, unitText(fact), fact.name,
+                                fact.example);
+        }
+    }
+    return text;
 }
 
 std::string factsText(const InitOptions &options, const Findings &findings) {
@@ -102,12 +188,13 @@ std::string factsText(const InitOptions &options, const Findings &findings) {
     for (const std::string &input : options.inputs) {
         data += " " + input;
     }
-    std::string text = fmt::format(
-        "# What the data of a deployment of {} bursts lack:{}\n"
-        "# Take the # from the lines that you fill in, then run\n"
-        "#   orvik process{} --facts {} -o waves.nc\n"
-        "# A value here wins over the data's, one given with --set over both.\n",
-        findings.bursts, data, data, options.output == "-" ? "deployment.toml" : options.output);
+    std::string text =
+        fmt::format("# What the data of a deployment of {} lack:{}\n"
+                    "# Take the # from the lines that you fill in, then run\n"
+                    "#   orvik process{} --facts {} -o waves.nc\n"
+                    "# A value here wins over the data's, one given with --set over both.\n",
+                    counted(findings.bursts, "burst"), data, data,
+                    options.output == "-" ? "deployment.toml" : options.output);
     for (const std::string &note : findings.notes) {
         text += "# Note: " + note + "\n";
     }
@@ -117,23 +204,7 @@ std::string factsText(const InitOptions &options, const Findings &findings) {
         const Fact &fact = *findFact(name);
         text += fmt::format("\n# {}{}\n# {} = {}\n", fact.why, unitText(fact), name, fact.example);
     }
-    text += "\n# Found in the data; tell them here only to correct them:\n";
-    for (const Fact &fact : factTable()) {
-        const auto known = findings.known.find(fact.name);
-        if (known != findings.known.end()) {
-            text += fmt::format("\n# {}{}; from {}\n# {} = {}\n", fact.why, unitText(fact),
-                                known->second.origin, fact.name, valueText(known->second.values));
-        }
-    }
-    text += "\n# Not in the data; processing does without, or takes what is usual (the values are "
-            "examples):\n";
-    for (const Fact &fact : factTable()) {
-        if (findings.known.count(fact.name) == 0 && !isMissing(findings, fact.name)) {
-            text += fmt::format("\n# {}{}\n# {} = {}\n", fact.why, unitText(fact), fact.name,
-                                fact.example);
-        }
-    }
-    return text;
+    return text + foundText(findings) + otherText(findings);
 }
 
 void runInit(InitOptions &options) {
@@ -150,10 +221,10 @@ void runInit(InitOptions &options) {
     TextFile file(options.output);
     file.write(text);
     file.commit();
-    fmt::print("{}: {} facts are in the data, {} are missing{}\n", options.output,
-               findings.known.size(), findings.missing.size(),
-               findings.missing.empty() ? ""
-                                        : fmt::format(" ({})", fmt::join(findings.missing, ", ")));
+    fmt::print(
+        "{}: {} in the data, {} missing{}\n", options.output,
+        counted(findings.known.size() + findings.byBurst.size(), "fact"), findings.missing.size(),
+        findings.missing.empty() ? "" : fmt::format(" ({})", fmt::join(findings.missing, ", ")));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <memory>
 #include <string>
@@ -14,6 +15,7 @@
 #include "netcdf/nc_file.hpp"
 #include "netcdf/units.hpp"
 #include "results/burst_table.hpp"
+#include "user_error.hpp"
 
 namespace orvik {
 
@@ -72,8 +74,9 @@ Statistics statisticsOf(const NcReader &file, const NcVariable &variable) {
 void printScalars(const NcReader &file, const std::vector<NcVariable> &variables) {
     for (const NcVariable &variable : variables) {
         if (variable.size() == 1 && variable.dimensions.empty() && isNumeric(variable)) {
-            fmt::print("  {:<36}{:>12g} {}\n", variable.name, file.readAll(variable).front(),
-                       file.text(&variable, "units").value_or(""));
+            const std::string units = file.text(&variable, "units").value_or("");
+            fmt::print("  {:<36}{:>12g}{}\n", variable.name, file.readAll(variable).front(),
+                       units.empty() || units == "1" ? "" : " " + units);
         }
     }
 }
@@ -160,7 +163,21 @@ void printResults(const NcReader &file, const std::vector<double> &times) {
     }
 }
 
+void refuseOtherKinds(const std::string &path) {
+    if (std::filesystem::is_directory(path)) {
+        throw UserError(path +
+                        " is a folder: name one of its files, or see what is in all of them "
+                        "with 'orvik process " +
+                        path + " -o waves.nc --dry-run'");
+    }
+    if (std::filesystem::path(path).extension() == ".csv") {
+        throw UserError(path + ": orvik show looks at netCDF files; 'orvik init " + path +
+                        " -o -' tells what is in a CSV file");
+    }
+}
+
 void runShow(const std::string &path) {
+    refuseOtherKinds(path);
     const NcReader file(path);
     const std::vector<NcVariable> variables = file.variables();
     const bool isResult = file.find("hm0") && file.find("quality_flag");

@@ -60,7 +60,7 @@ TEST_F(Init, FilledInItProcesses) {
     writeFields(data, Deployment(bursts));
     const Outcome init = orvik({"init", data, "-o", facts});
     ASSERT_EQ(init.exitCode, 0) << init.errors;
-    EXPECT_TRUE(holds(init.output, "2 are missing (cell_range, beam_azimuth)")) << init.output;
+    EXPECT_TRUE(holds(init.output, "2 missing (cell_range, beam_azimuth)")) << init.output;
     const std::string text = contentOf(facts);
     EXPECT_TRUE(holds(text, "attribute sample_interval of " + data)) << text;
     const std::string result = directory.file("result.nc");

@@ -1,0 +1,82 @@
+// Exact class: what a user reads after a mistake names it and says what to do.
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "host/burst/scratch_directory.hpp"
+#include "host/commands/program.hpp"
+
+namespace {
+
+using orvik::test::contentOf;
+using orvik::test::holds;
+using orvik::test::orvik;
+using orvik::test::Outcome;
+
+class Messages : public testing::Test {
+protected:
+    ::orvik::test::ScratchDirectory directory;
+    std::string sea = directory.file("sea.nc");
+    std::string result = directory.file("waves.nc");
+    std::string facts = directory.file("facts.toml");
+
+    void SetUp() override {
+        ASSERT_EQ(orvik({"simulate", "-o", sea, "--bursts", "1", "--samples", "512"}).exitCode, 0);
+    }
+    static void expect(const std::vector<std::string> &arguments, int exitCode,
+                       const std::string &text) {
+        const Outcome outcome = orvik(arguments);
+        EXPECT_EQ(outcome.exitCode, exitCode);
+        EXPECT_TRUE(holds(outcome.errors, "orvik: error: " + text)) << outcome.errors;
+    }
+};
+
+TEST_F(Messages, MisspeltOptionsAreNamed) {
+    expect({"process", sea, "-o", result, "--metod", "4"}, 2,
+           "orvik process has no option --metod; 'orvik process --help' lists the options");
+    // Not that --output is missing.
+    expect({"process", sea, "--outputt", result}, 2, "orvik process has no option --outputt");
+    expect({"--verbos"}, 2, "orvik has no option --verbos");
+    expect({"process", sea}, 2, "--output is required; 'orvik process --help'");
+}
+
+TEST_F(Messages, BurstsAreCountedFrom0) {
+    ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet"}).exitCode, 0);
+    expect({"explain", result, "--burst", "-1"}, 2, "--burst -1: bursts are counted from 0");
+    expect({"explain", result, "--burst", "1"}, 2, "--burst 1: " + result + " has 1 bursts");
+}
+
+TEST_F(Messages, ShowTellsWhoLooksAtOtherKinds) {
+    const std::string folder = std::filesystem::path(sea).parent_path().string();
+    expect({"show", folder}, 1, folder + " is a folder: name one of its files");
+    expect({"show", "a.csv"}, 1,
+           "a.csv: orvik show looks at netCDF files; 'orvik init a.csv -o -'");
+}
+
+TEST_F(Messages, ValuesOfTheFactsFileAreNotThoseOfTheCommandLine) {
+    std::ofstream(facts) << "cell_range = -1\n";
+    expect({"process", sea, "-o", result, "--facts", facts}, 1,
+           "cell_range in " + facts + " must be more than 0");
+    expect({"process", sea, "-o", result, "--facts", facts, "--set", "cell_range=-2"}, 1,
+           "cell_range (given with --set) must be more than 0");
+    std::ofstream(facts) << "velocity_cell = 1\n";
+    expect({"process", sea, "-o", result, "--facts", facts}, 2,
+           "velocity_cell in " + facts + " is not for burst files");
+}
+
+// What files tell burst by burst is not said to be missing, and what they do not take is not offered.
+TEST_F(Messages, InitKnowsWhatIsToldBurstByBurst) {
+    const Outcome outcome = orvik({"init", sea, "-o", "-"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    const std::string &text = outcome.output;
+    EXPECT_TRUE(holds(text, "a deployment of 1 burst lack")) << text;
+    EXPECT_TRUE(holds(text, "told for every burst, in burst 0 it is 137\n# heading = 137\n"))
+        << text;
+    EXPECT_LT(text.find("# heading = "), text.find("# Not in the data"));
+    EXPECT_EQ(text.find("# heading = "), text.rfind("# heading = "));
+    EXPECT_FALSE(holds(text, "velocity_cell"));
+    EXPECT_TRUE(holds(text, "# longitude = "));
+}
+
+} // namespace
