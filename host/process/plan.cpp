@@ -31,6 +31,12 @@ ProcessingChoices choicesOf(const ProcessOptions &options, const BurstSource &so
                                        : options.source == "velocity" ? 1
                                                                       : 2;
     }
+    if (options.source == "velocity" && choices.method == 1) {
+        throw UsageError("--source velocity is for methods 2 to 4; method 1 takes heights from "
+                         "pressure" +
+                         std::string(options.method == 1 ? "" : ", and suits these data") +
+                         ": leave --source out, or choose another --method");
+    }
     if (choices.freqMin >= choices.freqMax || choices.freqMin >= choices.fineFreqMax) {
         throw UsageError("--freq-min must be below --freq-max and --track-freq-max");
     }
@@ -76,7 +82,7 @@ std::string instrumentText(const Instrument &instrument) {
     if (instrument.profile) {
         text += fmt::format("{} cells of {:g} m above {:g} m blanking, ", instrument.profile->cells,
                             instrument.cellSize, instrument.profile->blanking);
-    } else {
+    } else if (std::isfinite(instrument.cellRange)) { // else there are no velocities
         text += fmt::format("cell range {:g} m, cell size {:g} m, ", instrument.cellRange,
                             instrument.cellSize);
     }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace orvik {
@@ -21,6 +22,13 @@ std::string clockText(double seconds) {
     }
     return whole >= 60 ? fmt::format("{} min {:02} s", whole / 60, whole % 60)
                        : fmt::format("{} s", whole);
+}
+
+std::size_t terminalWidth() {
+    constexpr std::size_t kUsual = 80;
+    winsize size{};
+    const bool told = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    return told ? size.ws_col : kUsual;
 }
 
 } // namespace
@@ -73,8 +81,14 @@ void Progress::draw() {
         return;
     }
     const std::size_t filled = total_ > 0 ? kBarWidth * done_ / total_ : kBarWidth;
-    fmt::print(stderr, "\r[{}{}] {}\x1b[K", std::string(filled, '#'),
-               std::string(kBarWidth - filled, '.'), counts);
+    // A line that is broken could not be drawn over.
+    const std::size_t width = terminalWidth();
+    std::string line = fmt::format("[{}{}] {}", std::string(filled, '#'),
+                                   std::string(kBarWidth - filled, '.'), counts);
+    if (line.size() >= width) {
+        line = counts.substr(0, width - 1);
+    }
+    fmt::print(stderr, "\r{}\x1b[K", line);
     drawn_ = true;
 }
 

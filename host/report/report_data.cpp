@@ -21,8 +21,8 @@ namespace {
 using Json = nlohmann::json;
 
 // A burst with one of these bits has no wave parameters that could be kept without a look at it.
-constexpr int kNotToKeep = OV_FLAG_SHALLOW | OV_FLAG_NO_SIGNAL | OV_FLAG_FLAT_SPECTRUM |
-                           OV_FLAG_INVALID_PARAMETERS | OV_FLAG_NO_RESULT | OV_FLAG_RISING_SPECTRUM;
+constexpr int kNotToKeep = OV_FLAG_NO_SIGNAL | OV_FLAG_FLAT_SPECTRUM | OV_FLAG_INVALID_PARAMETERS |
+                           OV_FLAG_NO_RESULT | OV_FLAG_RISING_SPECTRUM;
 
 constexpr int kDensityDigits = 3;
 constexpr int kDensityDecades = 8; // below the greatest value of the deployment

@@ -16,7 +16,9 @@ struct QualityWord {
 inline constexpr QualityWord kQualityWords[] = {
     {OV_FLAG_SHALLOW, "shallow",
      "There was less than 1 m of water above the instrument on average.",
-     "Discard the burst: the instrument stood in air or in breaking waves."},
+     "Discard the burst where the instrument fell dry or stood in breaking waves: the bursts "
+     "before "
+     "and after tell. A sensor that is always this near to the surface measures heights well."},
     {OV_FLAG_NO_SIGNAL, "no_signal", "The pressure hardly varied, by less than 1 mm on average.",
      "Discard the burst, unless the sea was flat: look at the pressure sensor."},
     {OV_FLAG_WEAK_AMPLITUDE, "weak_echo",

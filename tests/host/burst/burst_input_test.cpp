@@ -312,7 +312,8 @@ TEST_F(BurstInput, MissingFactsSayHowToGiveThem) {
         file.variable("velocity_beam", {"burst", "sample", "beam"}, "m s-1", {});
     }
     EXPECT_EQ(messageOf(),
-              "cell_range is missing in " + path + ": give it with --set cell_range=METRES; orvik init lists all that is missing");
+              "cell_range is missing in " + path +
+                  ": give it with --set cell_range=METRES; orvik init lists all that is missing");
     const BurstFileReader reader(path, {{"cell_range", "8"}});
     EXPECT_THROW(reader.requireAttitude(), UserError);
     EXPECT_THROW(reader.requireBeams(), UserError);

@@ -41,6 +41,11 @@ TEST_F(Messages, MisspeltOptionsAreNamed) {
     expect({"process", sea}, 2, "--output is required; 'orvik process --help'");
 }
 
+TEST_F(Messages, SourceIsRefusedWhereItWouldDoNothing) {
+    expect({"process", sea, "-o", result, "--method", "1", "--source", "velocity"}, 2,
+           "--source velocity is for methods 2 to 4");
+}
+
 TEST_F(Messages, BurstsAreCountedFrom0) {
     ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet"}).exitCode, 0);
     expect({"explain", result, "--burst", "-1"}, 2, "--burst -1: bursts are counted from 0");
