@@ -12,7 +12,10 @@ endforeach()
 set(docs "${PROJECT_SOURCE_DIR}/docs")
 install(FILES "${docs}/conventions.md" "${docs}/accuracy.md"
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${development_package} COMPONENT development EXCLUDE_FROM_ALL)
-install(FILES "${docs}/burst-file.md" "${docs}/result-file.md" "${docs}/simulate.md"
+# What a person with a deployment reads, and the formats.
+install(FILES "${docs}/getting-started.md" "${docs}/choosing-a-method.md" "${docs}/reading-results.md"
+              "${docs}/commands.md" "${docs}/report.md" "${docs}/input-layouts.md" "${docs}/burst-file.md"
+              "${docs}/result-file.md" "${docs}/simulate.md" "${docs}/conventions.md" "${docs}/accuracy.md"
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orvik COMPONENT orvik EXCLUDE_FROM_ALL)
 
 set(CPACK_GENERATOR DEB)
