@@ -25,6 +25,18 @@ void requireThree(const NcReader &file, const NcVariable &variable, const std::s
     }
 }
 
+template <typename Value>
+std::array<std::vector<Value>, 3> thirds(const std::vector<Value> &values) {
+    std::array<std::vector<Value>, 3> parts;
+    const auto length = static_cast<std::ptrdiff_t>(values.size() / 3);
+    auto from = values.begin();
+    for (std::vector<Value> &part : parts) {
+        part.assign(from, from + length);
+        from += length;
+    }
+    return parts;
+}
+
 } // namespace
 
 struct BurstFileReader::Impl {
@@ -51,6 +63,7 @@ struct BurstFileReader::Impl {
         for (std::size_t i = 0; i < kTruthVariables.size(); ++i) {
             truth[i] = findTruth(kTruthVariables[i]);
         }
+        readAhead();
     }
 
     [[nodiscard]] FactSources facts() const { return {known, overrides, file.path()}; }
@@ -61,12 +74,18 @@ struct BurstFileReader::Impl {
     void findTrack();
     void findAttitude();
     [[nodiscard]] std::optional<Column> findTruth(const TruthVariable &wanted) const;
-    [[nodiscard]] std::vector<double> readBurstOf(const Column &column, std::size_t burst) const {
-        return readSlice(file, column, burstDimension, burst);
+    void readAhead() const;
+    // In the order of the column's dimensions.
+    template <typename Value>
+    [[nodiscard]] std::vector<Value> readBurstOf(const Column &column, std::size_t burst) const {
+        std::vector<std::string> order;
+        for (const NcDimension &axis : column.variable.dimensions) {
+            if (axis.name != burstDimension) {
+                order.push_back(axis.name);
+            }
+        }
+        return readOrdered<Value>(file, column, {burstDimension, burst, 1}, order);
     }
-    [[nodiscard]] std::vector<float> readSeries(const Column &column, std::size_t burst) const;
-    [[nodiscard]] std::array<std::vector<double>, 3>
-    readThree(const Column &column, const std::string &dimension, std::size_t burst) const;
     void readVelocity(Burst &burst, std::size_t index) const;
     void readAmplitude(Burst &burst, std::size_t index) const;
 
@@ -234,28 +253,21 @@ void BurstFileReader::Impl::findAttitude() {
     }
 }
 
-std::vector<float> BurstFileReader::Impl::readSeries(const Column &column,
-                                                     std::size_t burst) const {
-    const std::vector<double> values = readBurstOf(column, burst);
-    std::vector<float> series(values.size());
-    std::transform(values.begin(), values.end(), series.begin(),
-                   [](double value) { return static_cast<float>(value); });
-    return series;
-}
-
-std::array<std::vector<double>, 3> BurstFileReader::Impl::readThree(const Column &column,
-                                                                    const std::string &dimension,
-                                                                    std::size_t burst) const {
-    const std::vector<double> values = readBurstOf(column, burst);
-    const bool samplesFirst = *column.variable.axis(kSample) < *column.variable.axis(dimension);
-    std::array<std::vector<double>, 3> rows;
-    for (std::size_t row = 0; row < 3; ++row) {
-        rows[row].resize(samples);
-        for (std::size_t i = 0; i < samples; ++i) {
-            rows[row][i] = values[samplesFirst ? 3 * i + row : row * samples + i];
-        }
+void BurstFileReader::Impl::readAhead() const {
+    std::vector<NcReader::Course> courses;
+    for (const auto &column : {pressure, track, amplitude, valid}) {
+        addCourse(column, burstDimension, courses);
     }
-    return rows;
+    for (const auto &column : attitude) {
+        addCourse(column, burstDimension, courses);
+    }
+    for (const Column &column : velocity) {
+        addCourse(column, burstDimension, courses);
+    }
+    if (profiles) {
+        profiles->addCourses(courses);
+    }
+    file.readAhead(courses);
 }
 
 void BurstFileReader::Impl::readVelocity(Burst &burst, std::size_t index) const {
@@ -264,16 +276,12 @@ void BurstFileReader::Impl::readVelocity(Burst &burst, std::size_t index) const 
         return;
     }
     if (!componentDimension.empty()) {
-        const auto rows = readThree(velocity.front(), componentDimension, index);
-        for (std::size_t row = 0; row < 3; ++row) {
-            burst.velocity[row].assign(samples, 0.0F);
-            std::transform(rows[row].begin(), rows[row].end(), burst.velocity[row].begin(),
-                           [](double value) { return static_cast<float>(value); });
-        }
+        burst.velocity = thirds(readOrdered(file, velocity.front(), {burstDimension, index, 1},
+                                            {componentDimension, kSample}));
         return;
     }
     for (std::size_t row = 0; row < 3; ++row) {
-        burst.velocity[row] = row < velocity.size() ? readSeries(velocity[row], index)
+        burst.velocity[row] = row < velocity.size() ? readBurstOf<float>(velocity[row], index)
                                                     : std::vector<float>(samples, 0.0F);
     }
 }
@@ -282,16 +290,12 @@ void BurstFileReader::Impl::readAmplitude(Burst &burst, std::size_t index) const
     if (!amplitude) {
         return;
     }
-    const auto rows = readThree(*amplitude, "beam", index);
-    for (std::size_t row = 0; row < 3; ++row) {
-        burst.amplitude[row].assign(samples, kUnknownAmplitude);
-        for (std::size_t i = 0; i < samples; ++i) {
-            if (std::isfinite(rows[row][i])) {
-                burst.amplitude[row][i] =
-                    static_cast<std::uint16_t>(std::clamp(rows[row][i], 0.0, 65535.0));
-            }
-        }
-    }
+    const auto counts = [](double value) {
+        return std::isfinite(value) ? static_cast<std::uint16_t>(std::clamp(value, 0.0, 65535.0))
+                                    : kUnknownAmplitude;
+    };
+    burst.amplitude = thirds(readOrdered<std::uint16_t>(
+        file, *amplitude, {burstDimension, index, 1}, {"beam", kSample}, counts));
 }
 
 BurstFileReader::BurstFileReader(const std::string &path, const Overrides &overrides,
@@ -338,7 +342,7 @@ double BurstFileReader::startTime(std::size_t index) const {
     if (const auto given = overrideNumbers(impl_->overrides, "time")) {
         return given->front();
     }
-    return impl_->time ? impl_->readBurstOf(*impl_->time, index).front() + impl_->timeEpoch
+    return impl_->time ? impl_->readBurstOf<double>(*impl_->time, index).front() + impl_->timeEpoch
                        : kUnknown;
 }
 
@@ -351,14 +355,14 @@ Burst BurstFileReader::readBurst(std::size_t index) const {
         if (const auto given = overrideNumbers(impl.overrides, kAttitude[i])) {
             *angles[i] = given->front();
         } else if (impl.attitude[i]) {
-            const std::vector<double> values = impl.readBurstOf(*impl.attitude[i], index);
+            const std::vector<double> values = impl.readBurstOf<double>(*impl.attitude[i], index);
             *angles[i] = meanAngle(values);
             if (values.size() == impl.samples) {
                 burst.attitude[i].assign(values.begin(), values.end());
             }
         }
     }
-    burst.pressure = impl.readSeries(*impl.pressure, index);
+    burst.pressure = impl.readBurstOf<float>(*impl.pressure, index);
     correctPressure(impl.facts(), burst.pressure);
     if (impl.profiles) {
         burst.velocitySystem = impl.system;
@@ -368,10 +372,10 @@ Burst BurstFileReader::readBurst(std::size_t index) const {
     }
     impl.readAmplitude(burst, index);
     if (impl.track) {
-        burst.surfaceTrack = impl.readSeries(*impl.track, index);
+        burst.surfaceTrack = impl.readBurstOf<float>(*impl.track, index);
     }
     if (impl.valid) {
-        const std::vector<double> flags = impl.readBurstOf(*impl.valid, index);
+        const std::vector<double> flags = impl.readBurstOf<double>(*impl.valid, index);
         burst.valid.resize(flags.size());
         std::transform(flags.begin(), flags.end(), burst.valid.begin(), [](double flag) {
             return static_cast<std::uint8_t>(flag != 0.0 && !std::isnan(flag));
@@ -385,7 +389,7 @@ std::optional<Truth> BurstFileReader::readTruth(std::size_t index) const {
     bool any = false;
     for (std::size_t i = 0; i < kTruthVariables.size(); ++i) {
         if (const auto &column = impl_->truth[i]) {
-            truth.*kTruthVariables[i].field = impl_->readBurstOf(*column, index).front();
+            truth.*kTruthVariables[i].field = impl_->readBurstOf<double>(*column, index).front();
             any = true;
         }
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,10 +25,6 @@ void requireShape(const NcReader &file, const NcVariable &variable,
 std::optional<Column> findColumn(const NcReader &file, const std::string &name, Quantity quantity,
                                  const std::vector<std::string> &shape);
 
-// The values at one place of `dimension`, all others whole, in the order of the variable's dimensions.
-std::vector<double> readSlice(const NcReader &file, const Column &column,
-                              const std::string &dimension, std::size_t place);
-
 // Places of one dimension.
 struct Extent {
     std::string dimension;
@@ -35,9 +32,44 @@ struct Extent {
     std::size_t count = 1;
 };
 
-// The values at these places, ordered by the dimensions of `order`; one that the variable lacks counts as 1 long.
-// Throws UserError when the variable has another dimension longer than 1.
-std::vector<float> readOrdered(const NcReader &file, const Column &column, const Extent &extent,
-                               const std::vector<std::string> &order);
+// Physical values in the unit of bursts in memory that follow one another along the variable's last dimension; the
+// first one's place in the result, and how far apart they are there.
+struct Run {
+    const std::vector<double> &values;
+    std::size_t place = 0;
+    std::size_t step = 1;
+};
+
+// Calls `use` with run after run, whose places are those of an order by the dimensions of `order`; one that the variable
+// lacks counts as 1 long. Throws UserError when the variable has another dimension longer than 1.
+void readRuns(const NcReader &file, const Column &column, const Extent &extent,
+              const std::vector<std::string> &order, const std::function<void(const Run &)> &use);
+
+// The number of values of the extent.
+std::size_t valuesOf(const Column &column, const Extent &extent);
+
+// The values of the extent in that order, each as `convert` makes it of a double.
+template <typename Value, typename Convert>
+std::vector<Value> readOrdered(const NcReader &file, const Column &column, const Extent &extent,
+                               const std::vector<std::string> &order, const Convert &convert) {
+    std::vector<Value> ordered(valuesOf(column, extent));
+    readRuns(file, column, extent, order, [&](const Run &run) {
+        for (std::size_t i = 0; i < run.values.size(); ++i) {
+            ordered[run.place + i * run.step] = convert(run.values[i]);
+        }
+    });
+    return ordered;
+}
+
+template <typename Value = float>
+std::vector<Value> readOrdered(const NcReader &file, const Column &column, const Extent &extent,
+                               const std::vector<std::string> &order) {
+    return readOrdered<Value>(file, column, extent, order,
+                              [](double value) { return static_cast<Value>(value); });
+}
+
+// What readAhead() of the file is to know of a column that is read along a dimension.
+void addCourse(const std::optional<Column> &column, const std::string &dimension,
+               std::vector<NcReader::Course> &courses);
 
 } // namespace orvik

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -26,36 +27,45 @@ constexpr std::size_t kChunk = 262144; // rows read at once in search of pauses
 class TimeAxis {
 public:
     TimeAxis(const NcReader &file, const NcVariable &variable)
-        : file_(&file), variable_(variable), unit_(timeUnit(file, variable)) {}
+        : file_(&file), column_{variable, 1.0}, unit_(timeUnit(file, variable)) {}
 
-    [[nodiscard]] std::size_t size() const { return variable_.size(); }
-    [[nodiscard]] const std::string &dimension() const { return variable_.dimensions.front().name; }
+    [[nodiscard]] const Column &column() const { return column_; }
+    [[nodiscard]] std::size_t size() const { return column_.variable.size(); }
+    [[nodiscard]] const std::string &dimension() const {
+        return column_.variable.dimensions.front().name;
+    }
     [[nodiscard]] std::vector<double> read(std::size_t first, std::size_t count) const {
-        std::vector<double> times = file_->read(variable_, {first}, {count});
-        for (double &time : times) {
-            time = time * unit_.scale + unit_.epoch;
-        }
-        return times;
+        return readOrdered<double>(*file_, column_, {dimension(), first, count}, {dimension()},
+                                   [this](double value) { return seconds(value); });
+    }
+    // For firstFrom(), which then reads near the place only.
+    void learnMarks() {
+        marks_ = file_->readEvery(column_.variable, kBetweenMarks);
+        std::transform(marks_.begin(), marks_.end(), marks_.begin(),
+                       [this](double value) { return seconds(value); });
     }
     // The first place whose time is not before `time`.
     [[nodiscard]] std::size_t firstFrom(double time) const {
-        std::size_t low = 0;
-        std::size_t high = size();
-        while (low < high) {
-            const std::size_t middle = low + (high - low) / 2;
-            if (read(middle, 1).front() < time) {
-                low = middle + 1;
-            } else {
-                high = middle;
-            }
+        const auto mark = static_cast<std::size_t>(
+            std::lower_bound(marks_.begin(), marks_.end(), time) - marks_.begin());
+        if (mark == 0) {
+            return 0;
         }
-        return low;
+        const std::size_t from = (mark - 1) * kBetweenMarks;
+        const std::vector<double> times = read(from, std::min(kBetweenMarks, size() - from));
+        return from + static_cast<std::size_t>(std::lower_bound(times.begin(), times.end(), time) -
+                                               times.begin());
     }
 
 private:
+    static constexpr std::size_t kBetweenMarks = 4096;
+
+    [[nodiscard]] double seconds(double value) const { return value * unit_.scale + unit_.epoch; }
+
     const NcReader *file_;
-    NcVariable variable_;
+    Column column_;
     TimeUnit unit_;
+    std::vector<double> marks_; // every kBetweenMarks-th time
 };
 
 class ContinuousData : public LayoutData {
@@ -69,6 +79,7 @@ public:
         findAttitude();
         findTrack();
         findFacts();
+        readAhead();
     }
 
     [[nodiscard]] const std::string &path() const override { return file_.path(); }
@@ -88,6 +99,7 @@ private:
     void findAttitude();
     void findTrack();
     void findFacts();
+    void readAhead() const;
     [[nodiscard]] std::optional<Column> findSeries(const char *name, Quantity quantity) const;
     [[nodiscard]] std::optional<Column> findEcho(const char *name, Quantity quantity) const;
     [[nodiscard]] std::vector<float> series(const Column &column, const Stretch &stretch,
@@ -115,6 +127,7 @@ void ContinuousData::findBursts(std::optional<std::size_t> burstLength) {
         throw UserError("variable time in " + file_.path() + " is missing or has no two values");
     }
     const TimeAxis axis(file_, *time);
+    file_.readAhead({{*time, 0}});
     const auto step = TimeStep::of(axis.read(0, std::min(kHead, axis.size())));
     if (!step) {
         throw UserError("the times in " + file_.path() + " do not ascend");
@@ -233,6 +246,7 @@ void ContinuousData::findTrack() {
             continue;
         }
         track_ = Column{*variable, unitFactor(file_, *variable, Quantity::length)};
+        axis.learnMarks();
         trackTimes_ = axis;
         shape_.trackPerSample = step->rate() > 1.5 * rate_ ? 2 : 1;
     }
@@ -268,11 +282,27 @@ void ContinuousData::findFacts() {
     }
 }
 
+void ContinuousData::readAhead() const {
+    std::vector<NcReader::Course> courses;
+    for (const auto &column : {pressure_, velocity_, amplitude_, correlation_}) {
+        addCourse(column, kTime, courses);
+    }
+    for (const auto &column : attitude_) {
+        addCourse(column, kTime, courses);
+    }
+    if (track_) {
+        addCourse(track_, trackTimes_->dimension(), courses);
+        addCourse(trackTimes_->column(), trackTimes_->dimension(), courses);
+    }
+    file_.readAhead(courses);
+}
+
 std::vector<float> ContinuousData::series(const Column &column, const Stretch &stretch,
                                           const std::vector<std::string> &order) const {
-    const std::vector<float> rows =
+    std::vector<float> rows =
         readOrdered(file_, column, {kTime, stretch.firstRow, stretch.rows}, order);
-    return withLosses(stretch, rows, rows.size() / stretch.rows);
+    const std::size_t width = rows.size() / stretch.rows;
+    return withLosses(stretch, std::move(rows), width);
 }
 
 // Each altimeter value goes to the place whose instant is nearest.

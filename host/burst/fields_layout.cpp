@@ -30,6 +30,7 @@ public:
         findTrack();
         findAttitude();
         findFacts();
+        readAhead();
     }
 
     [[nodiscard]] const std::string &path() const override { return file_.path(); }
@@ -51,6 +52,7 @@ private:
     void findAttitude();
     void findFacts();
     void findOrientation();
+    void readAhead() const;
     [[nodiscard]] std::optional<Column> find(const std::string &name, Quantity quantity) const;
     [[nodiscard]] std::vector<float> series(const Column &column, std::size_t index,
                                             const std::vector<std::string> &order) const {
@@ -258,6 +260,20 @@ void FieldsData::findOrientation() {
     if (std::abs(roll) < 90.0) {
         facts_["roll_offset"] = {{180.0}, "attribute orientation of " + file_.path()};
     }
+}
+
+void FieldsData::readAhead() const {
+    std::vector<NcReader::Course> courses;
+    for (const auto &column : {pressure_, amplitude_, correlation_, track_}) {
+        addCourse(column, kTime, courses);
+    }
+    for (const auto &column : attitude_) {
+        addCourse(column, kTime, courses);
+    }
+    for (const Column &column : velocity_) {
+        addCourse(column, kTime, courses);
+    }
+    file_.readAhead(courses);
 }
 
 std::vector<float> FieldsData::velocities(std::size_t index) const {

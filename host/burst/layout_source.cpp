@@ -143,12 +143,12 @@ void LayoutSource::readAttitude(const RawBurst &raw, Burst &burst) const {
     }
 }
 
-void LayoutSource::fillProfile(const RawBurst &raw, Burst &burst) const {
+void LayoutSource::fillProfile(RawBurst &raw, Burst &burst) const {
     const DataShape &shape = data_->shape();
     burst.profile.emplace();
     burst.profile->beams = shape.beams;
     burst.profile->cells = shape.cells;
-    burst.profile->velocity = raw.velocity;
+    burst.profile->velocity = std::move(raw.velocity);
     burst.profile->amplitude =
         rounded<std::uint8_t>(raw.amplitude, 255.0, static_cast<std::uint8_t>(kUnknownAmplitude));
     burst.profile->correlation = rounded<std::uint8_t>(raw.correlation, 255.0, 0);
@@ -230,7 +230,7 @@ void LayoutSource::bringToInstants(Burst &burst) const {
 }
 
 Burst LayoutSource::readBurst(std::size_t index) const {
-    const RawBurst raw = data_->read(index);
+    RawBurst raw = data_->read(index);
     Burst burst;
     burst.startTime = startTime(index);
     burst.pressure = raw.pressure;

@@ -37,7 +37,7 @@ private:
     void describePoint();
     void readAttitude(const RawBurst &raw, Burst &burst) const;
     void fillPoint(const RawBurst &raw, Burst &burst) const;
-    void fillProfile(const RawBurst &raw, Burst &burst) const;
+    void fillProfile(RawBurst &raw, Burst &burst) const; // takes its velocities
     void bringToInstants(Burst &burst) const;
 
     std::unique_ptr<LayoutData> data_;

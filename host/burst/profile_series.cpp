@@ -19,14 +19,10 @@ constexpr const char *kBeam = "beam";
 constexpr std::array<std::pair<const char *, VelocitySystem>, 3> kSystems{
     {{"beam", VelocitySystem::beam}, {"xyz", VelocitySystem::xyz}, {"enu", VelocitySystem::enu}}};
 
-std::vector<std::uint8_t> asBytes(const std::vector<double> &values, std::uint8_t missing) {
-    std::vector<std::uint8_t> bytes(values.size());
-    std::transform(values.begin(), values.end(), bytes.begin(), [missing](double value) {
-        return std::isfinite(value)
-                   ? static_cast<std::uint8_t>(std::clamp(std::round(value), 0.0, 255.0))
-                   : missing;
-    });
-    return bytes;
+std::uint8_t asByte(double value, std::uint8_t missing) {
+    return std::isfinite(value)
+               ? static_cast<std::uint8_t>(std::clamp(std::round(value), 0.0, 255.0))
+               : missing;
 }
 
 } // namespace
@@ -84,49 +80,32 @@ void ProfileSeries::checkLengths(const Column &column, const std::string &compon
     }
 }
 
-// A burst's values by sample, beam and cell, whatever the order in the file.
-std::vector<double> ProfileSeries::inOrder(const Column &column, const std::string &component,
-                                           std::size_t burst) const {
-    const std::vector<double> values = readSlice(file_, column, burstDimension_, burst);
-    const std::array<std::string, 3> wanted{kSample, component, kCell};
-    std::array<std::size_t, 3> length{};
-    std::array<std::size_t, 3> stride{};
-    std::size_t step = 1;
-    for (auto axis = column.variable.dimensions.rbegin(); axis != column.variable.dimensions.rend();
-         ++axis) {
-        const auto at = std::find(wanted.begin(), wanted.end(), axis->name);
-        if (at != wanted.end()) {
-            const auto i = static_cast<std::size_t>(at - wanted.begin());
-            length[i] = axis->length;
-            stride[i] = step;
-            step *= axis->length;
-        }
-    }
-    std::vector<double> ordered;
-    ordered.reserve(values.size());
-    for (std::size_t s = 0; s < length[0]; ++s) {
-        for (std::size_t b = 0; b < length[1]; ++b) {
-            for (std::size_t c = 0; c < length[2]; ++c) {
-                ordered.push_back(values[s * stride[0] + b * stride[1] + c * stride[2]]);
-            }
-        }
-    }
-    return ordered;
+std::vector<std::uint8_t> ProfileSeries::readEchoes(const Column &column, std::size_t burst,
+                                                    std::uint8_t missing) const {
+    return readOrdered<std::uint8_t>(file_, column, {burstDimension_, burst, 1},
+                                     {kSample, kBeam, kCell},
+                                     [missing](double value) { return asByte(value, missing); });
 }
 
 Profile ProfileSeries::read(std::size_t burst) const {
     Profile profile;
     profile.beams = beams_;
     profile.cells = cells_;
-    const std::vector<double> velocity = inOrder(*velocity_, component_, burst);
-    profile.velocity.assign(velocity.begin(), velocity.end());
+    profile.velocity =
+        readOrdered(file_, *velocity_, {burstDimension_, burst, 1}, {kSample, component_, kCell});
     if (amplitude_) {
-        profile.amplitude = asBytes(inOrder(*amplitude_, kBeam, burst), kUnknownAmplitude);
+        profile.amplitude = readEchoes(*amplitude_, burst, kUnknownAmplitude);
     }
     if (correlation_) {
-        profile.correlation = asBytes(inOrder(*correlation_, kBeam, burst), 0);
+        profile.correlation = readEchoes(*correlation_, burst, 0);
     }
     return profile;
+}
+
+void ProfileSeries::addCourses(std::vector<NcReader::Course> &courses) const {
+    for (const auto &column : {velocity_, amplitude_, correlation_}) {
+        addCourse(column, burstDimension_, courses);
+    }
 }
 
 } // namespace orvik

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "burst/burst.hpp"
 #include "burst/column.hpp"
@@ -23,10 +25,12 @@ public:
     [[nodiscard]] std::size_t beams() const { return beams_; }
     [[nodiscard]] std::size_t cells() const { return cells_; }
     [[nodiscard]] Profile read(std::size_t burst) const;
+    // What it reads burst by burst.
+    void addCourses(std::vector<NcReader::Course> &courses) const;
 
 private:
-    [[nodiscard]] std::vector<double> inOrder(const Column &column, const std::string &component,
-                                              std::size_t burst) const;
+    [[nodiscard]] std::vector<std::uint8_t> readEchoes(const Column &column, std::size_t burst,
+                                                       std::uint8_t missing) const;
     void checkLengths(const Column &column, const std::string &component) const;
 
     const NcReader &file_;

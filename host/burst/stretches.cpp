@@ -140,8 +140,11 @@ std::vector<Stretch> StretchCutter::finish() {
     return std::move(done_);
 }
 
-std::vector<float> withLosses(const Stretch &stretch, const std::vector<float> &series,
+std::vector<float> withLosses(const Stretch &stretch, std::vector<float> series,
                               std::size_t width) {
+    if (stretch.losses.empty()) {
+        return series;
+    }
     std::vector<float> result;
     result.reserve(stretch.samples() * width);
     std::size_t from = 0;

@@ -64,8 +64,7 @@ private:
 };
 
 // Series of the rows that are there, with NaN where rows were lost; `width` values a row.
-std::vector<float> withLosses(const Stretch &stretch, const std::vector<float> &series,
-                              std::size_t width);
+std::vector<float> withLosses(const Stretch &stretch, std::vector<float> series, std::size_t width);
 
 // 0 where rows were lost; empty when none were.
 std::vector<std::uint8_t> validOf(const Stretch &stretch);

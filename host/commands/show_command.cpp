@@ -56,17 +56,21 @@ private:
     double most_ = -std::numeric_limits<double>::infinity();
 };
 
-// One slab of the first dimension at a time: a deployment may be larger than memory.
+// Some places of the first dimension at a time: a deployment may be larger than memory.
 Statistics statisticsOf(const NcReader &file, const NcVariable &variable) {
+    constexpr std::size_t kValues = 65536;
     Statistics statistics;
-    std::vector<std::size_t> start(variable.dimensions.size(), 0);
-    std::vector<std::size_t> count;
-    for (const NcDimension &dimension : variable.dimensions) {
-        count.push_back(dimension.length);
+    const std::size_t length = variable.dimensions.front().length;
+    if (variable.size() == 0) {
+        return statistics;
     }
-    count.front() = 1;
-    for (; start.front() < variable.dimensions.front().length; ++start.front()) {
-        statistics.add(file.read(variable, start, count));
+    const std::size_t places = std::max<std::size_t>(1, kValues / (variable.size() / length));
+    file.readAhead({{variable, 0}});
+    for (std::size_t first = 0; first < length; first += places) {
+        const NcSlab slab = file.readSlab(variable, 0, first, std::min(places, length - first));
+        std::vector<double> values(slab.size());
+        slab.unpackFrom(0, values);
+        statistics.add(values);
     }
     return statistics;
 }

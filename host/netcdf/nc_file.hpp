@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +11,7 @@
 #include <netcdf.h>
 
 #include "files/part_file.hpp"
+#include "netcdf/nc_slab.hpp"
 
 namespace orvik {
 
@@ -26,12 +27,17 @@ struct NcVariable {
     std::vector<NcDimension> dimensions;
 
     [[nodiscard]] std::optional<std::size_t> axis(const std::string &dimension) const;
-    [[nodiscard]] std::size_t size() const;      // number of values
-    [[nodiscard]] std::string shapeText() const; // "(time, sample)"
+    [[nodiscard]] std::vector<std::size_t> lengths() const; // of the dimensions
+    [[nodiscard]] std::size_t size() const;                 // number of values
+    [[nodiscard]] std::string shapeText() const;            // "(time, sample)"
 };
 
 // Of each variable that is read or written [bytes].
 inline constexpr std::size_t kChunkCache = std::size_t{1} << 20U;
+
+// Of all variables together that are read ahead [bytes]: two threads are to process profiles of the longest bursts in
+// 300 MB.
+inline constexpr std::size_t kReadAhead = std::size_t{48} << 20U;
 
 // For files that are opened from now on.
 void useSmallChunkCaches();
@@ -62,20 +68,58 @@ public:
                                            const std::vector<std::size_t> &start,
                                            const std::vector<std::size_t> &count) const;
     [[nodiscard]] std::vector<double> readAll(const NcVariable &variable) const;
+    // Of a variable with one dimension the first value and every `step`th one after it.
+    [[nodiscard]] std::vector<double> readEvery(const NcVariable &variable, std::size_t step) const;
+    // The same values where they are needed, without a copy of them all: those at some places of the dimension `axis`, or
+    // all of them when there is none. Valid as long as the reader.
+    [[nodiscard]] NcSlab readSlab(const NcVariable &variable, std::optional<std::size_t> axis,
+                                  std::size_t first, std::size_t places) const;
+
+    // What is going to be read by slabs that follow one another, each variable along one dimension. A packed chunk that
+    // reaches beyond its slab is then unpacked for the following ones too, not anew for each, as far as `most` bytes of
+    // all of them go.
+    struct Course {
+        NcVariable variable;
+        std::size_t axis = 0;
+    };
+    void readAhead(const std::vector<Course> &courses, std::size_t most = kReadAhead) const;
     // One text of a variable of type NC_STRING.
     [[nodiscard]] std::string readText(const NcVariable &variable,
                                        const std::vector<std::size_t> &start) const;
 
 private:
+    // Of a variable that is read ahead: what is in memory of it.
+    struct Ahead {
+        std::size_t axis = 0;
+        std::size_t chunk = 1; // places along the axis that are packed together
+        std::size_t most = 0;  // places that may be in memory
+        std::size_t first = 0;
+        std::size_t places = 0;
+        NcSlab::Bytes bytes;
+    };
+
     [[nodiscard]] std::vector<double> markers(const NcVariable &variable) const;
+    [[nodiscard]] const NcPacking &packing(const NcVariable &variable) const;
+    [[nodiscard]] std::vector<std::byte> readRaw(const NcVariable &variable,
+                                                 const std::vector<std::size_t> &start,
+                                                 const std::vector<std::size_t> &count,
+                                                 std::ptrdiff_t step = 1) const;
+    [[nodiscard]] NcSlab::Bytes readPlaces(const NcVariable &variable,
+                                           std::optional<std::size_t> axis, std::size_t first,
+                                           std::size_t places) const;
+    [[nodiscard]] std::vector<double> unpacked(const NcVariable &variable,
+                                               const std::vector<std::byte> &raw) const;
+    [[nodiscard]] std::vector<std::size_t> chunkLengths(const NcVariable &variable) const;
+    void advance(Ahead &ahead, const NcVariable &variable, std::size_t first,
+                 std::size_t places) const;
     [[nodiscard]] NcVariable describe(int id) const;
     void check(int status, const std::string &what) const;
 
-    void makeRoomFor(const NcVariable &variable) const;
-
     std::string path_;
     int id_ = -1;
-    mutable std::set<int> roomMade_; // variables whose chunk cache is large enough
+    // By the variables' ids.
+    mutable std::map<int, NcPacking> packings_;
+    mutable std::map<int, Ahead> ahead_;
 };
 
 // A new netCDF-4 file under a temporary name beside `path`. commit() puts it under its own name in one step; without

@@ -1,8 +1,7 @@
 #include "netcdf/nc_file.hpp"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
+#include <memory>
 
 #include "user_error.hpp"
 
@@ -15,6 +14,14 @@ std::optional<std::size_t> NcVariable::axis(const std::string &dimension) const 
         }
     }
     return std::nullopt;
+}
+
+std::vector<std::size_t> NcVariable::lengths() const {
+    std::vector<std::size_t> all;
+    for (const NcDimension &dimension : dimensions) {
+        all.push_back(dimension.length);
+    }
+    return all;
 }
 
 std::size_t NcVariable::size() const {
@@ -88,6 +95,7 @@ std::vector<NcVariable> NcReader::variables() const {
     int count = 0;
     check(nc_inq_nvars(id_, &count), "the variables");
     std::vector<NcVariable> all;
+    all.reserve(static_cast<std::size_t>(count));
     for (int id = 0; id < count; ++id) {
         all.push_back(describe(id));
     }
@@ -184,56 +192,146 @@ std::vector<double> NcReader::markers(const NcVariable &variable) const {
     }
 }
 
-// A chunk that does not fit into the cache would be unpacked anew for every burst that lies in it.
-void NcReader::makeRoomFor(const NcVariable &variable) const {
-    constexpr std::size_t kMost = std::size_t{64} << 20U;
-    constexpr std::size_t kSlots = 1009;
-    if (!roomMade_.insert(variable.id).second) {
-        return;
+const NcPacking &NcReader::packing(const NcVariable &variable) const {
+    const auto known = packings_.find(variable.id);
+    if (known != packings_.end()) {
+        return known->second;
     }
-    int storage = NC_CONTIGUOUS;
-    std::vector<std::size_t> lengths(std::max<std::size_t>(variable.dimensions.size(), 1));
-    if (nc_inq_var_chunking(id_, variable.id, &storage, lengths.data()) != NC_NOERR ||
-        storage != NC_CHUNKED) {
-        return;
+    // Of a type that is not of numbers the netCDF library says so when it is asked for numbers.
+    const nc_type type = isPackable(variable.type) ? variable.type : NC_DOUBLE;
+    const NcPacking found{type, markers(variable), number(variable, "scale_factor").value_or(1.0),
+                          number(variable, "add_offset").value_or(0.0)};
+    return packings_.emplace(variable.id, found).first->second;
+}
+
+std::vector<std::byte> NcReader::readRaw(const NcVariable &variable,
+                                         const std::vector<std::size_t> &start,
+                                         const std::vector<std::size_t> &count,
+                                         std::ptrdiff_t step) const {
+    const nc_type type = packing(variable).type;
+    std::size_t bytes = bytesOf(type);
+    for (const std::size_t length : count) {
+        bytes *= length;
     }
-    std::size_t bytes = 0;
-    nc_inq_type(id_, variable.type, nullptr, &bytes);
-    for (std::size_t i = 0; i < variable.dimensions.size(); ++i) {
-        bytes *= lengths[i];
+    std::vector<std::byte> raw(bytes);
+    int status = NC_NOERR;
+    if (type != variable.type) {
+        status = nc_get_vara_double(id_, variable.id, start.data(), count.data(),
+                                    reinterpret_cast<double *>(raw.data()));
+    } else if (step == 1) {
+        status = nc_get_vara(id_, variable.id, start.data(), count.data(), raw.data());
+    } else {
+        const std::vector<std::ptrdiff_t> steps(count.size(), step);
+        status =
+            nc_get_vars(id_, variable.id, start.data(), count.data(), steps.data(), raw.data());
     }
-    if (bytes > kChunkCache) {
-        nc_set_var_chunk_cache(id_, variable.id, std::min(2 * bytes, kMost), kSlots, 0.75F);
-    }
+    check(status, "variable " + variable.name);
+    return raw;
+}
+
+std::vector<double> NcReader::unpacked(const NcVariable &variable,
+                                       const std::vector<std::byte> &raw) const {
+    const NcPacking &packed = packing(variable);
+    std::vector<double> values(raw.size() / bytesOf(packed.type));
+    unpack(packed, raw.data(), values);
+    return values;
 }
 
 std::vector<double> NcReader::read(const NcVariable &variable,
                                    const std::vector<std::size_t> &start,
                                    const std::vector<std::size_t> &count) const {
-    std::size_t total = 1;
-    for (const std::size_t length : count) {
-        total *= length;
+    return unpacked(variable, readRaw(variable, start, count));
+}
+
+std::vector<double> NcReader::readEvery(const NcVariable &variable, std::size_t step) const {
+    return unpacked(variable, readRaw(variable, {0}, {(variable.size() + step - 1) / step},
+                                      static_cast<std::ptrdiff_t>(step)));
+}
+
+NcSlab::Bytes NcReader::readPlaces(const NcVariable &variable, std::optional<std::size_t> axis,
+                                   std::size_t first, std::size_t places) const {
+    std::vector<std::size_t> start(variable.dimensions.size(), 0);
+    std::vector<std::size_t> count = variable.lengths();
+    if (axis) {
+        start.at(*axis) = first;
+        count.at(*axis) = places;
     }
-    std::vector<double> values(total);
-    makeRoomFor(variable);
-    check(nc_get_vara_double(id_, variable.id, start.data(), count.data(), values.data()),
-          "variable " + variable.name);
-    const std::vector<double> missing = markers(variable);
-    const double scale = number(variable, "scale_factor").value_or(1.0);
-    const double offset = number(variable, "add_offset").value_or(0.0);
-    for (double &value : values) {
-        const bool isMissing = std::find(missing.begin(), missing.end(), value) != missing.end();
-        value = isMissing ? std::numeric_limits<double>::quiet_NaN() : value * scale + offset;
+    return std::make_shared<const std::vector<std::byte>>(readRaw(variable, start, count));
+}
+
+NcSlab NcReader::readSlab(const NcVariable &variable, std::optional<std::size_t> axis,
+                          std::size_t first, std::size_t places) const {
+    std::vector<std::size_t> count = variable.lengths();
+    if (axis) {
+        count.at(*axis) = places;
     }
-    return values;
+    const auto course = ahead_.find(variable.id);
+    if (!axis || course == ahead_.end() || course->second.axis != *axis ||
+        course->second.most <= places) {
+        return {packing(variable), readPlaces(variable, axis, first, places), count, count, 0};
+    }
+    Ahead &ahead = course->second;
+    if (first < ahead.first || first + places > ahead.first + ahead.places) {
+        advance(ahead, variable, first, places);
+    }
+    std::vector<std::size_t> held = count;
+    held.at(*axis) = ahead.places;
+    std::size_t number = first - ahead.first;
+    for (std::size_t i = *axis + 1; i < held.size(); ++i) {
+        number *= held[i];
+    }
+    return {packing(variable), ahead.bytes, held, count, number};
+}
+
+// On to the end of a chunk, lest the next step unpack it once more.
+void NcReader::advance(Ahead &ahead, const NcVariable &variable, std::size_t first,
+                       std::size_t places) const {
+    const std::size_t length = variable.dimensions.at(ahead.axis).length;
+    const std::size_t limit = std::min(first + ahead.most, length);
+    const std::size_t ofChunks = limit / ahead.chunk * ahead.chunk;
+    const std::size_t end = limit == length || ofChunks < first + places ? limit : ofChunks;
+    ahead.places = 0;
+    ahead.bytes.reset();
+    ahead.bytes = readPlaces(variable, ahead.axis, first, end - first);
+    ahead.first = first;
+    ahead.places = end - first;
+}
+
+// Empty when it is not kept in chunks.
+std::vector<std::size_t> NcReader::chunkLengths(const NcVariable &variable) const {
+    int storage = NC_CONTIGUOUS;
+    std::vector<std::size_t> lengths(std::max<std::size_t>(variable.dimensions.size(), 1));
+    if (nc_inq_var_chunking(id_, variable.id, &storage, lengths.data()) != NC_NOERR ||
+        storage != NC_CHUNKED) {
+        lengths.clear();
+    }
+    return lengths;
+}
+
+void NcReader::readAhead(const std::vector<Course> &courses, std::size_t most) const {
+    ahead_.clear();
+    std::size_t bytes = 0; // of one place of all that are read ahead
+    for (const auto &[variable, axis] : courses) {
+        const std::vector<std::size_t> chunk = chunkLengths(variable);
+        const std::size_t length = variable.dimensions.at(axis).length;
+        if (chunk.empty() || chunk.at(axis) == 1 || length == 0 || !isPackable(variable.type)) {
+            continue;
+        }
+        const std::size_t ofPlace = variable.size() / length * bytesOf(variable.type);
+        if (2 * chunk[axis] * ofPlace > kChunkCache) { // else the file's own cache serves
+            bytes += ofPlace;
+            ahead_[variable.id] = {axis, chunk[axis], 0, 0, 0, nullptr};
+        }
+    }
+    const std::size_t places = bytes > 0 ? most / bytes : 0;
+    for (auto &[id, ahead] : ahead_) {
+        ahead.most = places;
+    }
 }
 
 std::vector<double> NcReader::readAll(const NcVariable &variable) const {
-    std::vector<std::size_t> count;
-    for (const NcDimension &dimension : variable.dimensions) {
-        count.push_back(dimension.length);
-    }
-    return read(variable, std::vector<std::size_t>(count.size(), 0), count);
+    return read(variable, std::vector<std::size_t>(variable.dimensions.size(), 0),
+                variable.lengths());
 }
 
 std::string NcReader::readText(const NcVariable &variable,

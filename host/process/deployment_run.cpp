@@ -8,6 +8,10 @@
 #include <optional>
 #include <thread>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 #include <fmt/format.h>
 #include <tbb/enumerable_thread_specific.h>
 #include <tbb/global_control.h>
@@ -166,9 +170,20 @@ private:
     std::atomic<double> writing_ = 0.0;
 };
 
+// Whichever thread is free reads the next burst, and each has a heap of its own, which by default keeps the room of the
+// largest series that it ever held.
+void giveBackLargeBlocks() {
+#ifdef __GLIBC__
+    constexpr int kLarge = 4 << 20; // [bytes] less than the series of a long burst of profiles
+    mallopt(M_MMAP_THRESHOLD, kLarge);
+    mallopt(M_TRIM_THRESHOLD, 2 * kLarge);
+#endif
+}
+
 } // namespace
 
 RunOutcome runDeployment(const BurstSource &source, const Plan &plan, const DeploymentRun &run) {
+    giveBackLargeBlocks();
     const StopRequest stop;
     Deployment deployment(source, plan, run);
     deployment.takeFinished();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fstream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -44,7 +45,9 @@ template <typename Series> void append(std::vector<double> &all, const Series &s
     }
 }
 
-inline void writeFields(const std::string &path, const Deployment &deployment) {
+// Packed in chunks when their lengths are told.
+inline void writeFields(const std::string &path, const Deployment &deployment,
+                        const std::map<std::string, std::size_t> &chunks = {}) {
     const std::size_t samples = deployment.samples();
     const std::size_t beams = deployment.instrument.beams;
     const std::size_t cells = deployment.cells();
@@ -83,6 +86,9 @@ inline void writeFields(const std::string &path, const Deployment &deployment) {
     NcSketch file(path);
     file.dimension("time", deployment.bursts.size()).dimension("sample", samples);
     file.dimension("beam", beams).dimension("z", cells).dimension("sample2", 2 * samples);
+    if (!chunks.empty()) {
+        file.packed(chunks);
+    }
     file.variable("time", {"time"}, "seconds since 1970-01-01 00:00:00", time);
     file.variable("P_1ac", {"time", "sample"}, "dbar", pressure);
     file.variable("P_1", {"time", "sample"}, "dbar", std::vector<double>(pressure.size(), 99.0));
@@ -119,7 +125,9 @@ inline std::vector<double> timesOf(const Deployment &deployment) {
     return times;
 }
 
-inline void writeContinuous(const std::string &path, const Deployment &deployment) {
+// Packed in chunks when their lengths are told.
+inline void writeContinuous(const std::string &path, const Deployment &deployment,
+                            const std::map<std::string, std::size_t> &chunks = {}) {
     const std::size_t samples = deployment.samples();
     const std::size_t beams = deployment.instrument.beams;
     const std::size_t cells = deployment.cells();
@@ -157,6 +165,9 @@ inline void writeContinuous(const std::string &path, const Deployment &deploymen
     NcSketch file(path);
     file.dimension("time", times.size()).dimension("range", cells);
     file.dimension("dir", beams).dimension("beam", beams).dimension("time_alt", track.size());
+    if (!chunks.empty()) {
+        file.packed(chunks);
+    }
     file.variable("time", {"time"}, "seconds since 1970-01-01 00:00:00", times);
     file.variable("pressure", {"time"}, "dbar", pressure);
     file.variable("vel", {"dir", "range", "time"}, "m s-1", velocity);

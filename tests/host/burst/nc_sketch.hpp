@@ -1,6 +1,7 @@
 // netCDF files of any content, right or wrong, for tests of readers.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -22,6 +23,13 @@ public:
         return *this;
     }
 
+    // Variables that follow are packed in chunks: so long along these dimensions, along others as long as these are.
+    NcSketch &packed(const std::map<std::string, std::size_t> &chunks) {
+        packed_ = true;
+        chunks_ = chunks;
+        return *this;
+    }
+
     // A variable with its unit ("-": no units attribute) and values.
     NcSketch &variable(const std::string &name, const std::vector<std::string> &dimensions,
                        const std::string &units, const std::vector<double> &values,
@@ -34,6 +42,9 @@ public:
         int variable = -1;
         must(nc_def_var(id_, name.c_str(), type, static_cast<int>(ids.size()), ids.data(),
                         &variable));
+        if (packed_ && !ids.empty()) {
+            pack(variable, dimensions);
+        }
         if (units != "-") {
             must(nc_put_att_text(id_, variable, "units", units.size(), units.data()));
         }
@@ -68,8 +79,22 @@ private:
             throw std::runtime_error(nc_strerror(status));
         }
     }
+    void pack(int variable, const std::vector<std::string> &dimensions) const {
+        std::vector<std::size_t> lengths;
+        for (const std::string &dimension : dimensions) {
+            std::size_t length = 0;
+            must(nc_inq_dimlen(id_, dimensions_.at(dimension), &length));
+            const auto chunk = chunks_.find(dimension);
+            lengths.push_back(chunk != chunks_.end() ? std::min(chunk->second, length) : length);
+        }
+        must(nc_def_var_chunking(id_, variable, NC_CHUNKED, lengths.data()));
+        must(nc_def_var_deflate(id_, variable, 1, 1, 1));
+    }
+
     int id_ = -1;
     std::map<std::string, int> dimensions_;
+    bool packed_ = false;
+    std::map<std::string, std::size_t> chunks_;
 };
 
 } // namespace orvik::test
