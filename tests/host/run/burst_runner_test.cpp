@@ -93,10 +93,12 @@ TEST_P(Methods, GoingToIsTheOtherWay) {
     const BurstResult from = run(burst, choices);
     choices.comingFrom = false;
     const BurstResult to = run(burst, choices);
-    EXPECT_NEAR(std::remainder(wave(from, &orvikbase::WaveParameters::meanDirection) -
-                                   wave(to, &orvikbase::WaveParameters::meanDirection) - 180.0,
-                               360.0),
-                0.0, 1e-3);
+    const auto expectOpposite = [](float one, float other) {
+        EXPECT_NEAR(std::remainder(static_cast<double>(one - other) - 180.0, 360.0), 0.0, 1e-3);
+    };
+    expectOpposite(from.waves.meanDirection, to.waves.meanDirection);
+    expectOpposite(from.waves.peakDirection, to.waves.peakDirection);
+    expectOpposite(from.spectra.direction()[10], to.spectra.direction()[10]);
     // The coefficients keep their one convention.
     EXPECT_EQ(float{from.spectra.get()->coefP[10]}, float{to.spectra.get()->coefP[10]});
     EXPECT_EQ(float{from.spectra.get()->coefQ[10]}, float{to.spectra.get()->coefQ[10]});
@@ -128,6 +130,37 @@ TEST(BurstRunner, BeamXyzAndEarthVelocitiesGiveOneAnswer) {
     const BurstResult enu = run(turnedTo(beams, VelocitySystem::enu), method(1));
     EXPECT_NEAR(wave(xyz, &orvikbase::WaveParameters::meanDirection),
                 wave(enu, &orvikbase::WaveParameters::meanDirection), 0.01);
+}
+
+// A head mounted askew and a head that rolls are the same thing.
+TEST(BurstRunner, ARollOffsetIsPartOfTheRoll) {
+    Instrument askew = bedInstrument();
+    askew.rollOffset = 7.5;
+    for (const VelocitySystem system : {VelocitySystem::beam, VelocitySystem::enu}) {
+        const Burst rolling = sea(2048, 0.0, system).burst;
+        Burst offset = rolling;
+        offset.roll -= 7.5;
+        for (int number = 1; number <= 4; ++number) {
+            const BurstResult expected = run(rolling, method(number));
+            const BurstResult result = BurstRunner(askew, method(number)).run(offset);
+            EXPECT_EQ(std::memcmp(&result.waves, &expected.waves, sizeof result.waves), 0)
+                << number;
+        }
+    }
+}
+
+// A burst without a usable track does not decide how those after it are processed.
+TEST(BurstRunner, ATrackIsUsedAgainAfterABurstWithoutOne) {
+    const Burst good = sea().burst;
+    const Burst blind = sea(2048, 0.5).burst;
+    for (const int number : {2, 4}) {
+        BurstRunner runner(bedInstrument(), method(number));
+        const BurstResult before = runner.run(good);
+        runner.run(blind);
+        const BurstResult after = runner.run(good);
+        EXPECT_EQ(static_cast<int>(after.parameters.method), number);
+        EXPECT_EQ(std::memcmp(&after.waves, &before.waves, sizeof after.waves), 0) << number;
+    }
 }
 
 TEST(BurstRunner, DeclinationTurnsEveryDirection) {
@@ -202,6 +235,10 @@ TEST(BurstRunner, AFewMissingSamplesDoNotMatter) {
         burst.valid[20 * i + 3] = 0;
         burst.velocity[i % 3][20 * i + 3] = std::nanf("");
     }
+    for (std::size_t i = 0; i < 50; ++i) { // marked, whatever their values say
+        burst.valid[40 * i + 13] = 0;
+        burst.pressure[40 * i + 13] = 400.0F;
+    }
     for (const int number : {1, 4}) {
         const BurstResult result = run(burst, method(number));
         ASSERT_TRUE(result.processed);
@@ -242,6 +279,49 @@ TEST(BurstRunner, BurstsJustShortOfAPowerOfTwoAreCompleted) {
                 simulated.truth.realisedHeight, 0.1 * simulated.truth.realisedHeight);
 }
 
+// With its gaps at the end it would be rejected as a whole, and is not as half.
+TEST(BurstRunner, BurstsJustShortOfAPowerOfTwoWithGapsAreCut) {
+    Burst burst = sea(1000).burst;
+    std::fill_n(burst.pressure.end() - 90, 90, std::nanf(""));
+    const BurstResult result = run(burst, method(4));
+    ASSERT_TRUE(result.processed) << result.reason;
+    ASSERT_EQ(result.notes.size(), 1U);
+    EXPECT_EQ(result.notes.front(), "only the first 512 of 1000 samples of a burst are used");
+}
+
+TEST(BurstRunner, AWeakEchoIsFlagged) {
+    Burst burst = sea().burst;
+    EXPECT_EQ(+run(burst, method(4)).waves.qualityFlags, 0);
+    burst.amplitude[1][500] = 17;
+    EXPECT_EQ(+run(burst, method(4)).waves.qualityFlags, OV_FLAG_WEAK_AMPLITUDE);
+}
+
+// Roughness: how much a series goes up and down from bin to bin, as a share of its values.
+double roughness(std::span<const float> series) {
+    double steps = 0.0;
+    double sum = 0.0;
+    for (std::size_t f = 6; f < 30; ++f) {
+        steps += std::abs(static_cast<double>(series[f + 1] - series[f]));
+        sum += static_cast<double>(series[f]);
+    }
+    return steps / sum;
+}
+
+TEST(BurstRunner, EachBandWidthSmoothsItsOwnSpectra) {
+    const Burst burst = sea().burst;
+    ProcessingChoices sharp = method(1);
+    sharp.specBandWidth = 4;
+    ProcessingChoices sharpDirections = method(1);
+    sharpDirections.dirBandWidth = 4;
+    const BurstResult smooth = run(burst, method(1));
+    const BurstResult energy = run(burst, sharp);
+    const BurstResult directions = run(burst, sharpDirections);
+    EXPECT_GT(roughness(energy.energy), 1.5 * roughness(smooth.energy));
+    EXPECT_GT(roughness(directions.spectra.spread()), 1.5 * roughness(smooth.spectra.spread()));
+    EXPECT_NEAR(roughness(directions.energy), roughness(smooth.energy), 1e-3);
+    EXPECT_NEAR(roughness(energy.spectra.spread()), roughness(smooth.spectra.spread()), 1e-3);
+}
+
 TEST(BurstRunner, LongerBurstsAreCutWithANote) {
     const SimulatedBurst simulated = sea(1500);
     const BurstResult result = run(simulated.burst, method(4));
@@ -276,6 +356,10 @@ TEST(BurstRunner, EarthVelocitiesNeedNoAttitudeForMoments) {
     EXPECT_TRUE(needsBeams(bedInstrument(), 1, VelocitySystem::beam));
     EXPECT_FALSE(needsBeams(bedInstrument(), 1, VelocitySystem::xyz));
     EXPECT_TRUE(needsBeams(bedInstrument(), 4, VelocitySystem::xyz));
+    Instrument profile = bedInstrument();
+    profile.profile = ProfileFacts{40, 0.5, 0.0, kUnknown};
+    EXPECT_TRUE(needsAttitude(profile, 1, VelocitySystem::enu)); // it places the beams
+    EXPECT_TRUE(needsBeams(profile, 1, VelocitySystem::enu));
     const SimulatedBurst simulated = sea(2048, 0.0, VelocitySystem::enu);
     Burst burst = simulated.burst;
     burst.heading = burst.pitch = burst.roll = kUnknown;
@@ -324,6 +408,7 @@ TEST(BurstRunner, AxesAreThoseOfTheLibrary) {
     ASSERT_EQ(axis.size(), 48U);
     EXPECT_NEAR(axis.front(), 0.03, 1e-6);
     EXPECT_NEAR(axis.back(), 0.5, 1e-6);
+    EXPECT_NEAR(runner.fineFrequencies().front(), 0.03, 1e-6);
     EXPECT_NEAR(runner.fineFrequencies().back(), 0.8, 1e-6);
 }
 

@@ -75,6 +75,14 @@ TEST_P(EveryHead, GivesTheSeaBackInEveryMethod) {
         EXPECT_NEAR(1.0 / static_cast<double>(result.waves.peakPeriod), 0.125, 0.012) << number;
         EXPECT_EQ(static_cast<int>(result.parameters.method), number);
         EXPECT_EQ(result.waves.qualityFlags, 0) << number;
+        EXPECT_TRUE(result.notes.empty()) << number;
+        const double cell = result.waves.selectedCell; // from 1
+        EXPECT_NEAR(static_cast<double>(result.waves.cellVerticalRange),
+                    0.5 + cell * instrument.cellSize, 0.02)
+            << number;
+        EXPECT_EQ(result.spectra.fineCount(),
+                  BurstRunner(instrument, method(number)).fineFrequencies().size())
+            << number;
     }
 }
 
@@ -111,6 +119,24 @@ TEST(ProfileRunner, TheCellJustBelowTheTroughsIsUsed) {
     }
 }
 
+TEST(ProfileRunner, AWiderMarginTakesALowerCell) {
+    for (const std::size_t beams : {std::size_t{3}, std::size_t{4}}) {
+        const Instrument instrument = profiler(beams);
+        const Burst burst = sea(instrument).burst;
+        for (const int number : {2, 4}) {
+            ProcessingChoices wide = method(number);
+            wide.troughMargin = 45.0;
+            const double usual =
+                BurstRunner(instrument, method(number)).run(burst).waves.selectedCell;
+            const double lower = BurstRunner(instrument, wide).run(burst).waves.selectedCell;
+            // Far ends, 0.5 m of blanking and a cell more than its centre, at half of what they were.
+            EXPECT_NEAR(1.0 + (lower + 1.0) * instrument.cellSize * 2.0,
+                        0.5 + (usual + 1.0) * instrument.cellSize, 2.0 * instrument.cellSize)
+                << beams << " beams, method " << number;
+        }
+    }
+}
+
 TEST(ProfileRunner, WithoutATrackTheCellFollowsFromThePressure) {
     for (const std::size_t beams : {std::size_t{3}, std::size_t{4}}) {
         const Instrument instrument = profiler(beams);
@@ -119,6 +145,7 @@ TEST(ProfileRunner, WithoutATrackTheCellFollowsFromThePressure) {
             const BurstResult result = BurstRunner(instrument, method(number)).run(simulated.burst);
             ASSERT_TRUE(result.processed);
             EXPECT_EQ(static_cast<int>(result.parameters.method), number - 1);
+            EXPECT_TRUE(result.notes.empty()); // there was a track, of which nothing could be used
             EXPECT_EQ(result.waves.qualityFlags & OV_FLAG_NO_TRACK, OV_FLAG_NO_TRACK);
             const float lowest =
                 *std::min_element(simulated.burst.pressure.begin(), simulated.burst.pressure.end());
@@ -147,6 +174,95 @@ TEST(ProfileRunner, AHeadThatLooksDownFromMidWater) {
                 << number;
             EXPECT_NEAR(turn(result.waves.meanDirection, kFrom), 0.0, 8.0) << number;
         }
+    }
+}
+
+// A head mounted askew and a head that rolls are the same thing.
+TEST(ProfileRunner, ARollOffsetIsPartOfTheRoll) {
+    for (const std::size_t beams : {std::size_t{3}, std::size_t{4}}) {
+        for (const VelocitySystem system : {VelocitySystem::beam, VelocitySystem::enu}) {
+            const Instrument straight = profiler(beams);
+            const Burst rolling = sea(straight, system).burst;
+            Instrument askew = straight;
+            askew.rollOffset = 7.5;
+            Burst offset = rolling;
+            offset.roll -= 7.5;
+            for (int number = 1; number <= 4; ++number) {
+                const BurstResult expected = BurstRunner(straight, method(number)).run(rolling);
+                const BurstResult result = BurstRunner(askew, method(number)).run(offset);
+                EXPECT_EQ(std::memcmp(&result.waves, &expected.waves, sizeof result.waves), 0)
+                    << beams << " beams, method " << number;
+            }
+        }
+    }
+}
+
+// Track and pressure taken late tell of the same sea once the library knows how late.
+TEST(ProfileRunner, ALateTrackChangesNothing) {
+    for (const std::size_t beams : {std::size_t{3}, std::size_t{4}}) {
+        Instrument prompt = profiler(beams);
+        prompt.profile->trackTimeOffset = 0.0;
+        Instrument late = prompt;
+        late.profile->trackTimeOffset = 0.5;
+        const Burst promptBurst = sea(prompt).burst;
+        const Burst lateBurst = sea(late).burst;
+        for (int number = 1; number <= 4; ++number) {
+            const BurstResult expected = BurstRunner(prompt, method(number)).run(promptBurst);
+            const BurstResult result = BurstRunner(late, method(number)).run(lateBurst);
+            EXPECT_NEAR(
+                turn(result.waves.meanDirection, static_cast<double>(expected.waves.meanDirection)),
+                0.0, 1.0)
+                << beams << " beams, method " << number;
+            EXPECT_NEAR(static_cast<double>(result.waves.peakSpread),
+                        static_cast<double>(expected.waves.peakSpread), 1.0)
+                << beams << " beams, method " << number;
+        }
+    }
+}
+
+TEST(ProfileRunner, WithoutCorrelationsEveryCellIsTrusted) {
+    const Instrument instrument = profiler(4);
+    Burst burst = sea(instrument).burst;
+    Burst silent = burst;
+    silent.profile->correlation.clear();
+    for (std::uint8_t &correlation : burst.profile->correlation) {
+        correlation = 100;
+    }
+    for (const int number : {1, 4}) {
+        const BurstResult expected = BurstRunner(instrument, method(number)).run(burst);
+        const BurstResult result = BurstRunner(instrument, method(number)).run(silent);
+        ASSERT_TRUE(result.processed) << result.reason;
+        EXPECT_EQ(std::memcmp(&result.waves, &expected.waves, sizeof result.waves), 0) << number;
+    }
+}
+
+// The echo of what has no velocity may be as good as it likes.
+TEST(ProfileRunner, CellsThatLackVelocitiesAreNotUsed) {
+    const Instrument instrument = profiler(4);
+    const Burst whole = sea(instrument).burst;
+    const std::int32_t usual = BurstRunner(instrument, method(2)).run(whole).waves.selectedCell;
+    Burst holed = whole;
+    for (std::size_t i = 0; i < holed.pressure.size(); ++i) {
+        if (i % 4 != 0) {
+            holed.profile->velocity[holed.profile->at(i, 2, static_cast<std::size_t>(usual) - 1)] =
+                std::nanf("");
+        }
+    }
+    const BurstResult result = BurstRunner(instrument, method(2)).run(holed);
+    ASSERT_TRUE(result.processed);
+    EXPECT_EQ(result.waves.selectedCell, usual - 1);
+}
+
+TEST(ProfileRunner, KnownNoiseOfVelocitiesIsTakenAway) {
+    Instrument known = profiler(4);
+    known.pingsPerSample = 1;
+    Instrument unknown = known;
+    unknown.profile->ambiguityVelocity = kUnknown;
+    const Burst burst = sea(known).burst;
+    const BurstResult with = BurstRunner(known, method(1)).run(burst);
+    const BurstResult without = BurstRunner(unknown, method(1)).run(burst);
+    for (std::size_t f = 14; f < 20; ++f) {
+        EXPECT_LT(with.spectra.velocityEnergy()[f], without.spectra.velocityEnergy()[f]) << f;
     }
 }
 
