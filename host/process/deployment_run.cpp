@@ -71,8 +71,7 @@ class Deployment {
 public:
     Deployment(const BurstSource &source, const Plan &plan, const DeploymentRun &run)
         : source_(source), plan_(plan), run_(run),
-          journal_(run.output, identityOf(plan, source), run.resume),
-          writer_(run.output, plan.layout),
+          journal_(run.output, identityOf(plan), run.resume), writer_(run.output, plan.layout),
           progress_(run.progress, source.burstCount(), journal_.rowCount()) {}
 
     void takeFinished() {

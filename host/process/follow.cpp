@@ -6,7 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
-#include <optional>
+#include <set>
 #include <vector>
 
 #include <fmt/format.h>
@@ -91,14 +91,13 @@ class Follower {
 public:
     explicit Follower(const FollowRun &run) : run_(run) {}
 
-    // A file that was seen before has nothing new.
+    // A file whose bursts are all done has nothing new when it arrives again; one that could not be used may have.
     void take(const std::string &path) {
         const std::string name = std::filesystem::path(path).filename().string();
         if (name == std::filesystem::path(run_.output).filename().string() ||
-            (seen_[name] && !partly(name))) {
+            finished_.count(name) != 0) {
             return;
         }
-        seen_[name] = true;
         try {
             const auto source = run_.open(path);
             start(*source);
@@ -123,8 +122,6 @@ public:
     }
 
 private:
-    [[nodiscard]] bool partly(const std::string &name) const { return doneOf_.count(name) != 0; }
-
     // What makes bursts comparable; a file that differs here is not of this deployment.
     static std::string deploymentOf(const Plan &plan) {
         return plan.layout.attributes.at("instrument") +
@@ -150,7 +147,6 @@ private:
         runner_ = std::make_unique<BurstRunner>(source.instrument(), plan.choices);
         for (std::size_t i = 0; i < journal_->rowCount(); ++i) {
             const JournalRow kept = journal_->row(i);
-            seen_[kept.file] = true;
             doneOf_[kept.file] = kept.row.burst + 1;
             append(kept.row);
         }
@@ -174,7 +170,7 @@ private:
             append(row);
         }
         if (done == source.burstCount()) {
-            doneOf_.erase(name);
+            finished_.insert(name);
         }
     }
 
@@ -189,10 +185,9 @@ private:
     std::unique_ptr<Journal> journal_;
     std::unique_ptr<ResultFileWriter> writer_;
     std::unique_ptr<BurstRunner> runner_;
-    std::map<std::string, bool> seen_;
-    std::map<std::string, std::size_t>
-        doneOf_;         // of files whose bursts are not all done, or were not in an earlier run
-    bool fresh_ = false; // rows that the result file does not show yet
+    std::set<std::string> finished_;            // files whose bursts are all done
+    std::map<std::string, std::size_t> doneOf_; // bursts of a file, those of an earlier run too
+    bool fresh_ = false;                        // rows that the result file does not show yet
 };
 
 } // namespace

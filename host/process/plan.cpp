@@ -191,13 +191,12 @@ void refuseOutputOverInput(const ProcessOptions &options, const BurstSource &sou
     }
 }
 
-std::string identityOf(const Plan &plan, const BurstSource &source) {
+std::string identityOf(const Plan &plan) {
     std::string text;
     for (const auto &[name, value] : plan.layout.attributes) {
         text += name + "=" + value + "\n";
     }
-    return text + fmt::format("{} bursts, trough margin {}\n", source.burstCount(),
-                              plan.choices.troughMargin);
+    return text + fmt::format("trough margin {}\n", plan.choices.troughMargin);
 }
 
 std::string describe(const Plan &plan, const BurstSource &source, const ProcessOptions &options) {

@@ -29,7 +29,7 @@ Plan planFor(const ProcessOptions &options, const BurstSource &source);
 void refuseOutputOverInput(const ProcessOptions &options, const BurstSource &source);
 
 // Everything that the results depend on, as text: two runs with the same one give the same bytes.
-std::string identityOf(const Plan &plan, const BurstSource &source);
+std::string identityOf(const Plan &plan);
 
 // What would be done, in words (--dry-run).
 std::string describe(const Plan &plan, const BurstSource &source, const ProcessOptions &options);

@@ -221,7 +221,7 @@ void ResultFileWriter::Impl::writeParameters(std::size_t row, const ResultRow &r
     for (const std::string &note : result.result.notes) {
         remarks += (remarks.empty() ? "" : "; ") + note;
     }
-    file.write(rejection, {row}, processed ? std::string() : result.result.reason);
+    file.write(rejection, {row}, result.result.reason);
     file.write(notes, {row}, remarks);
 }
 

@@ -1,6 +1,8 @@
 // Real-time processing: files renamed into a folder become rows of the result file, across stops and kills.
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -31,12 +33,18 @@ protected:
     void arrive(const std::string &name, const std::string &day,
                 const std::vector<std::string> &more = {}) const {
         const std::string hidden = folder + "/." + name;
-        std::vector<std::string> arguments{"simulate",       "-o",        hidden,
-                                           "--bursts",       "2",         "--start",
+        std::vector<std::string> arguments{"simulate",       "-o",        hidden, "--start",
                                            "2024-11-" + day, "--samples", "512"};
+        if (std::find(more.begin(), more.end(), "--bursts") == more.end()) {
+            arguments.insert(arguments.end(), {"--bursts", "2"});
+        }
         arguments.insert(arguments.end(), more.begin(), more.end());
         ASSERT_EQ(orvik(arguments).exitCode, 0);
         fs::rename(hidden, folder + "/" + name);
+    }
+    [[nodiscard]] std::vector<double> values(const std::string &name) const {
+        const NcReader file(result);
+        return file.readAll(*file.find(name));
     }
     [[nodiscard]] std::size_t rows() const {
         return fs::exists(result) ? *NcReader(result).dimensionLength("time") : 0;
@@ -66,6 +74,20 @@ TEST_F(Follow, FilesBecomeRowsAsTheyArrive) {
     EXPECT_EQ(rows(), 6U);
 }
 
+TEST_F(Follow, AGoodFileInThePlaceOfABadOneIsTaken) {
+    arrive("a.nc", "05");
+    RunningProgram program(arguments(), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+    std::ofstream(folder + "/.b.nc") << "half of it";
+    fs::rename(folder + "/.b.nc", folder + "/b.nc");
+    ASSERT_TRUE(RunningProgram::until([this] { return holds(contentOf(log), "b.nc is left out"); }))
+        << contentOf(log);
+    arrive("b.nc", "06");
+    EXPECT_TRUE(RunningProgram::until([this] { return rows() == 4; })) << contentOf(log);
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+}
+
 TEST_F(Follow, ResumedAfterAKillNothingIsLostOrDoubled) {
     arrive("a.nc", "05");
     {
@@ -83,6 +105,87 @@ TEST_F(Follow, ResumedAfterAKillNothingIsLostOrDoubled) {
     const auto time = file.readAll(*file.find("time"));
     ASSERT_EQ(time.size(), 4U);
     EXPECT_LT(time[1], time[2]);
+}
+
+TEST_F(Follow, StoppedInTheMiddleOfAFileItGoesOnBehindTheLastBurst) {
+    arrive("a.nc", "05");
+    arrive("b.nc", "06", {"--bursts", "150"});
+    {
+        RunningProgram program(arguments(), log);
+        ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+        program.signal(SIGTERM);
+        EXPECT_EQ(program.wait(), 0);
+    }
+    const std::size_t before = rows();
+    EXPECT_LT(before, 152U); // else it was not in the middle
+    RunningProgram program(arguments({"--resume"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() >= 152; })) << contentOf(log);
+    arrive("c.nc", "20");
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() >= 154; })) << contentOf(log);
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+    const std::vector<double> time = values("time");
+    ASSERT_EQ(time.size(), 154U);
+    for (std::size_t i = 1; i < time.size(); ++i) {
+        EXPECT_GT(time[i], time[i - 1]) << i;
+    }
+}
+
+// By name: what was there before it began says nothing of when it arrived.
+TEST_F(Follow, FilesThatAreThereComeInTheOrderOfTheirNames) {
+    arrive("c.nc", "09");
+    arrive("b.nc", "07");
+    arrive("a.nc", "05");
+    RunningProgram program(arguments({"--csv", directory.file("waves.csv")}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 6; })) << contentOf(log);
+    program.signal(SIGINT);
+    EXPECT_EQ(program.wait(), 0);
+    const std::vector<double> time = values("time");
+    EXPECT_TRUE(std::is_sorted(time.begin(), time.end()));
+    const std::string csv = contentOf(directory.file("waves.csv"));
+    EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 7); // written at the end
+}
+
+TEST_F(Follow, FilesThatAreNoNewBurstsAreLeftAlone) {
+    result = folder + "/waves.nc"; // beside the bursts
+    std::ofstream(folder + "/.partial.nc") << "still being written";
+    arrive("a.nc", "05");
+    RunningProgram program(arguments(), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+    arrive("a.nc", "05"); // once more
+    std::ofstream(folder + "/.notes") << "text";
+    fs::rename(folder + "/.notes", folder + "/notes.txt");
+    arrive("b.nc", "06", {"--bursts", "3"});
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() >= 5; })) << contentOf(log);
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_EQ(rows(), 5U);
+    EXPECT_FALSE(holds(contentOf(log), "is left out")) << contentOf(log);
+}
+
+// Who has the result file open while it is replaced reads the one before to its end.
+TEST_F(Follow, ReadersOfTheResultsNeverSeeHalfAFile) {
+    arrive("a.nc", "05");
+    RunningProgram program(arguments(), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+    const std::string before = contentOf(result);
+    std::ifstream reader(result, std::ios::binary);
+    arrive("b.nc", "06");
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 4; })) << contentOf(log);
+    std::ostringstream text;
+    text << reader.rdbuf();
+    EXPECT_TRUE(text.str() == before);
+}
+
+TEST_F(Follow, AFullDiskEndsIt) {
+    arrive("a.nc", "05");
+    RunningProgram program(arguments(), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+    program.limitFiles(1000);
+    arrive("b.nc", "06");
+    ASSERT_TRUE(RunningProgram::until([&] { return program.hasEnded(); })) << contentOf(log);
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_EQ(rows(), 2U);
 }
 
 TEST_F(Follow, NeedsAFolderAndNothingElse) {

@@ -3,12 +3,14 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,6 +45,26 @@ public:
     RunningProgram &operator=(const RunningProgram &) = delete;
 
     void signal(int number) const { kill(pid_, number); }
+
+    // Whether it is gone; its end is then known to wait().
+    [[nodiscard]] bool hasEnded() {
+        siginfo_t info{};
+        waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT);
+        return info.si_pid == pid_;
+    }
+
+    [[nodiscard]] std::size_t threads() const {
+        std::error_code gone;
+        const auto tasks = "/proc/" + std::to_string(pid_) + "/task";
+        const auto all = std::filesystem::directory_iterator(tasks, gone);
+        return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+    }
+
+    // From now on its files cannot grow beyond this.
+    void limitFiles(rlim_t bytes) const {
+        const rlimit limit{bytes, bytes};
+        prlimit(pid_, RLIMIT_FSIZE, &limit, nullptr);
+    }
 
     // Exit code, or -1 when a signal ended it.
     int wait() {

@@ -6,7 +6,9 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "host/burst/scratch_directory.hpp"
 #include "host/commands/program.hpp"
@@ -107,6 +109,62 @@ TEST_F(Survival, ATornRecordIsDoneAgain) {
     EXPECT_TRUE(contentOf(result) == expected);
 }
 
+// A bit that turned over in a record of the right length.
+TEST_F(Survival, ADamagedRecordAndAllAfterItAreDoneAgain) {
+    simulate(sea, "12");
+    const std::string expected = undisturbed({sea});
+    RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 200000; }));
+    program.signal(SIGKILL);
+    program.wait();
+    ASSERT_TRUE(fs::exists(journal));
+    {
+        std::fstream file(journal, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(60000);
+        file << "garbage";
+    }
+    ASSERT_EQ(orvik(arguments({"--resume", "--quiet"})).exitCode, 0);
+    EXPECT_TRUE(contentOf(result) == expected);
+}
+
+TEST_F(Survival, NoMoreThreadsThanAsked) {
+    simulate(sea, "60");
+    for (const std::size_t threads : {std::size_t{1}, std::size_t{3}}) {
+        RunningProgram program(arguments({"--quiet", "--threads", std::to_string(threads)}), log);
+        std::size_t most = 0;
+        ASSERT_TRUE(RunningProgram::until([&] {
+            most = std::max(most, program.threads());
+            return program.hasEnded();
+        }));
+        EXPECT_EQ(program.wait(), 0);
+        EXPECT_EQ(most, threads);
+    }
+}
+
+// A program that cannot go on because nobody takes its output does not get to the next burst.
+TEST_F(Survival, ASecondSignalEndsItAtOnce) {
+    simulate(sea, "120");
+    ASSERT_EQ(mkfifo(log.c_str(), 0600), 0);
+    const int pipe = open(log.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(fcntl(pipe, F_SETPIPE_SZ, 4096), 0);
+    RunningProgram program(arguments({"--table"}), log);
+    int waiting = 0;
+    int still = 0; // looks at a pipe that does not fill any more
+    ASSERT_TRUE(RunningProgram::until([&] {
+        const int before = waiting;
+        ioctl(pipe, FIONREAD, &waiting);
+        still = waiting > 2048 && waiting == before ? still + 1 : 0;
+        return still == 50;
+    }));
+    program.signal(SIGINT);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_FALSE(program.hasEnded());
+    program.signal(SIGINT);
+    ASSERT_TRUE(RunningProgram::until([&] { return program.hasEnded(); }));
+    EXPECT_EQ(program.wait(), -1);
+    close(pipe);
+}
+
 TEST_F(Survival, StoppedByTheUserItSaysSoAndGoesOn) {
     simulate(sea, "60");
     const std::string expected = undisturbed({sea});
@@ -117,11 +175,62 @@ TEST_F(Survival, StoppedByTheUserItSaysSoAndGoesOn) {
     EXPECT_TRUE(holds(contentOf(log), "go on with --resume")) << contentOf(log);
     EXPECT_FALSE(fs::exists(result));
     EXPECT_EQ(leftovers(), 0U);
-    const Outcome other = orvik(arguments({"--resume", "--quiet", "--method", "3"}));
-    EXPECT_EQ(other.exitCode, 1);
-    EXPECT_TRUE(holds(other.errors, "cannot be resumed"));
-    ASSERT_EQ(orvik(arguments({"--resume", "--quiet"})).exitCode, 0);
+    const Outcome resumed = orvik(arguments({"--resume", "--quiet", "--timing"}));
+    ASSERT_EQ(resumed.exitCode, 0) << resumed.errors;
     EXPECT_TRUE(contentOf(result) == expected);
+    std::size_t bursts = 0; // of this run
+    ASSERT_EQ(std::sscanf(resumed.errors.c_str(), "orvik: %zu bursts in", &bursts), 1)
+        << resumed.errors;
+    EXPECT_LT(bursts, 60U);
+}
+
+// Whatever else the results depend on: the finished bursts would not go with the others.
+TEST_F(Survival, OtherOptionsOrDataAreAnotherRun) {
+    simulate(sea, "60");
+    RunningProgram program(arguments({"--quiet"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 100000; }));
+    program.signal(SIGKILL);
+    program.wait();
+    const std::vector<std::vector<std::string>> others{{"--method", "3"},
+                                                       {"--freq-max", "0.5"},
+                                                       {"--going-to"},
+                                                       {"--set", "heading=10"},
+                                                       {"--trough-margin", "80"}};
+    for (std::vector<std::string> other : others) {
+        other.insert(other.end(), {"--resume", "--quiet"});
+        const Outcome outcome = orvik(arguments(other));
+        EXPECT_EQ(outcome.exitCode, 1) << other.front();
+        EXPECT_TRUE(holds(outcome.errors, "cannot be resumed")) << outcome.errors;
+    }
+    const std::string before = contentOf(sea);
+    simulate(sea, "60", "2024-11-06"); // the same name, other bursts
+    const Outcome outcome = orvik(arguments({"--resume", "--quiet"}));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(holds(outcome.errors, "cannot be resumed")) << outcome.errors;
+    std::ofstream(sea, std::ios::binary) << before;
+    EXPECT_EQ(orvik(arguments({"--resume", "--quiet"})).exitCode, 0);
+}
+
+// What a killed run leaves beside its output goes with the next one; what is not its own, or still in use, stays.
+TEST_F(Survival, OnlyFilesOfDeadRunsAreSweptUp) {
+    simulate(sea, "1");
+    const pid_t dead = fork();
+    if (dead == 0) {
+        _exit(0);
+    }
+    waitpid(dead, nullptr, 0);
+    const auto beside = [this](const std::string &name) { return directory.file("." + name); };
+    const std::string ofDead = beside("waves.nc." + std::to_string(dead) + ".part");
+    const std::string copyOfDead = beside("waves.nc." + std::to_string(dead) + ".copy.part");
+    const std::string ofLiving = beside("waves.nc." + std::to_string(getpid()) + ".part");
+    const std::string ofOther = beside("other.nc." + std::to_string(dead) + ".part");
+    const std::string users = beside("waves.nc.old.part");
+    for (const std::string &path : {ofDead, copyOfDead, ofLiving, ofOther, users}) {
+        std::ofstream(path) << "x";
+    }
+    ASSERT_EQ(orvik(arguments({"--quiet"})).exitCode, 0);
+    EXPECT_FALSE(fs::exists(ofDead) || fs::exists(copyOfDead));
+    EXPECT_TRUE(fs::exists(ofLiving) && fs::exists(ofOther) && fs::exists(users));
 }
 
 TEST_F(Survival, ChangedFactsAreAnotherRun) {
@@ -223,6 +332,10 @@ TEST_F(Survival, ProgressIsPlainLinesElsewhereThanOnATerminal) {
     EXPECT_TRUE(holds(outcome.errors, " a second, "));
     EXPECT_EQ(outcome.errors.find('\r'), std::string::npos);
     EXPECT_TRUE(holds(outcome.output, "errors against the truth"));
+    EXPECT_FALSE(holds(outcome.output, "  200  2024-11-13"));
+    const Outcome table = orvik(arguments({"--table"}));
+    EXPECT_TRUE(holds(table.output, "  200  2024-11-13")) << table.output;
+    EXPECT_TRUE(table.errors.empty()) << table.errors; // it shows how far the run is
     const Outcome quiet = orvik(arguments({"--quiet"}));
     EXPECT_TRUE(quiet.errors.empty()) << quiet.errors;
     EXPECT_TRUE(quiet.output.empty()) << quiet.output;
