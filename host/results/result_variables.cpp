@@ -98,7 +98,7 @@ const std::vector<Parameter> &parameters() {
         {{"current_direction", "degree", "sea_water_velocity_to_direction", "direction that the mean current goes to"}, fromResult([](const BurstResult &r) { return r.currentDirection; })},
         {{"instrument_depth", "m", "", "mean depth of the pressure sensor"}, wave(&orvikbase::WaveParameters::instrumentDepth)},
         {{"cell_height", "m", "", "height of the measurement cell above the head"}, wave(&orvikbase::WaveParameters::cellVerticalRange)},
-        {{"cell_used", "1", "", "cell of the profile that was used, counted from 1"}, fromResult([](const BurstResult &r) { return r.waves.selectedCell > 0 ? static_cast<double>(r.waves.selectedCell) : kUnknown; })},
+        {{"cell_used", "1", "", "cell of the profile that was used, counted from 1; 1 of a point instrument"}, fromResult([](const BurstResult &r) { return static_cast<double>(r.waves.selectedCell); })},
         {{"surface_track_level", "m", "", "mean distance from the head to the surface"}, wave(&orvikbase::WaveParameters::trackLevel)},
         {{"surface_track_bad", "1", "", "surface-track values out of range"}, fromResult([](const BurstResult &r) { return static_cast<double>(r.waves.trackBadCount); })},
         {{"surface_track_spikes", "1", "", "surface-track spikes"}, fromResult([](const BurstResult &r) { return static_cast<double>(r.waves.trackSpikeCount); })},

@@ -62,6 +62,116 @@ TEST_F(Process, ResultsAgreeWithTheTruthTheyCarry) {
     }
     EXPECT_EQ(values(file, "time")[1] - values(file, "time")[0], 21600.0);
     EXPECT_EQ(values(file, "method_used")[0], 4.0);
+    const NcReader bursts(sea);
+    for (const ::orvik::TruthVariable &variable : ::orvik::kTruthVariables) {
+        const auto told = values(bursts, variable.name);
+        const auto kept = values(file, variable.name);
+        for (std::size_t i = 0; i < 4; ++i) {
+            EXPECT_FLOAT_EQ(static_cast<float>(kept[i]), static_cast<float>(told[i]))
+                << variable.name;
+        }
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_NEAR(values(file, "water_depth")[i], values(file, "true_water_depth")[i], 0.2);
+    }
+}
+
+TEST_F(Process, AxesAndAveragingAreAsAsked) {
+    simulate({});
+    ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet", "--freq-min", "0.05", "--freq-max",
+                     "0.46", "--freq-step", "0.02", "--band-width", "8"})
+                  .exitCode,
+              0);
+    {
+        const NcReader file(result);
+        for (const char *axis : {"freq", "freq_surface_track"}) {
+            const std::vector<double> frequencies = values(file, axis);
+            ASSERT_EQ(frequencies.size(), 21U) << axis;
+            EXPECT_NEAR(frequencies.front(), 0.05, 1e-6) << axis;
+            EXPECT_NEAR(frequencies.back(), 0.45, 1e-6) << axis;
+        }
+        EXPECT_TRUE(
+            holds(*file.text(nullptr, "processing_parameters"), "dirBandWidth 8, specBandWidth 8"));
+    }
+    const Outcome outcome = orvik(
+        {"process", sea, "-o", result, "--quiet", "--freq-max", "0.5", "--track-freq-max", "0.8"});
+    ASSERT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(outcome.errors.empty()) << outcome.errors;
+    const NcReader file(result);
+    EXPECT_NEAR(values(file, "freq").back(), 0.5, 1e-6);
+    EXPECT_NEAR(values(file, "freq_surface_track").back(), 0.8, 1e-6);
+}
+
+TEST_F(Process, TheSpectrumComesFromTheSourceAskedFor) {
+    simulate({});
+    const std::vector<std::pair<std::string, double>> sources{{"pressure", OV_SOURCE_PRESSURE},
+                                                              {"velocity", OV_SOURCE_VELOCITY},
+                                                              {"best", OV_SOURCE_SURFACE_TRACK}};
+    for (const auto &[source, number] : sources) {
+        ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet", "--source", source}).exitCode, 0);
+        const NcReader file(result);
+        EXPECT_EQ(values(file, "spectrum_source"), std::vector<double>(4, number)) << source;
+    }
+}
+
+TEST_F(Process, TheMethodSuitsTheVelocities) {
+    for (const auto &[system, method] :
+         {std::pair("beam", "4"), std::pair("xyz", "4"), std::pair("enu", "2")}) {
+        simulate({"--velocity-system", system});
+        ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet"}).exitCode, 0);
+        EXPECT_EQ(NcReader(result).text(nullptr, "processing_method"), method) << system;
+    }
+}
+
+TEST_F(Process, OptionsOfProfilesAndPlaces) {
+    simulate({"--instrument-type", "16", "--samples", "1024"});
+    std::vector<double> cells;
+    for (const char *margin : {"90", "45"}) {
+        ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet", "--trough-margin", margin,
+                         "--set", "longitude=4.25", "--set", "latitude=52.5"})
+                      .exitCode,
+                  0);
+        const NcReader file(result);
+        cells.push_back(values(file, "cell_used")[0]);
+        EXPECT_EQ(values(file, "longitude"), std::vector<double>{4.25});
+        EXPECT_EQ(values(file, "latitude"), std::vector<double>{52.5});
+    }
+    EXPECT_GT(cells[1], 0.0);
+    EXPECT_LT(cells[1], 0.7 * cells[0]);
+}
+
+// What every burst has in common is said once, and kept with each of them.
+TEST_F(Process, NotesAreSaidOnceAndKept) {
+    simulate({"--samples", "1500"});
+    const Outcome outcome = orvik({"process", sea, "-o", result, "--quiet"});
+    ASSERT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors,
+              "orvik: note: only the first 1024 of 1500 samples of a burst are used\n");
+    const Outcome explained = orvik({"explain", result, "--burst", "2"});
+    EXPECT_TRUE(holds(explained.output, "only the first 1024 of 1500 samples")) << explained.output;
+}
+
+TEST_F(Process, OtherOutputsComeWithTheRun) {
+    simulate({});
+    const std::string csv = directory.file("waves.csv");
+    ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet", "--csv", csv}).exitCode, 0);
+    const std::string text = ::orvik::test::contentOf(csv);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 5);
+    // Refused before hours of work, not after.
+    const std::string late = directory.file("late.nc");
+    EXPECT_EQ(orvik({"process", sea, "-o", late, "--quiet", "--csv", late}).exitCode, 2);
+    EXPECT_FALSE(std::filesystem::exists(late));
+}
+
+TEST_F(Process, OutputThatNobodyCanTakeIsAFailure) {
+    simulate({});
+    const auto full = [] {
+        const int device = open("/dev/full", O_WRONLY);
+        dup2(device, STDOUT_FILENO);
+    };
+    const Outcome outcome = orvik({"show", sea}, full);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(holds(outcome.errors, "cannot write to standard output")) << outcome.errors;
 }
 
 // sum of efth over directions = variance density; its sum over frequency = (Hm0 / 4)^2.
@@ -126,6 +236,11 @@ TEST_F(Process, GoingToTurnsDirectionsAndTheirNames) {
         const double turn = values(to, "mean_direction")[i] - values(from, "mean_direction")[i];
         EXPECT_NEAR(std::remainder(turn - 180.0, 360.0), 0.0, 1e-3);
     }
+    double median = 360.0; // the truth is turned with them
+    const std::size_t at = outcome.output.find("mean direction  ");
+    ASSERT_NE(at, std::string::npos);
+    ASSERT_EQ(std::sscanf(outcome.output.c_str() + at, "mean direction %lf", &median), 1);
+    EXPECT_LT(median, 8.0);
     const auto direction = to.find("mean_direction");
     EXPECT_EQ(to.text(&*direction, "standard_name"), "sea_surface_wave_to_direction");
     const auto peak = to.find("peak_direction");
@@ -198,6 +313,9 @@ TEST_F(Process, LimitsOfTheSamplingRateAreSaid) {
     EXPECT_TRUE(outcome.output.empty());
     EXPECT_TRUE(holds(outcome.errors, "--freq-max 0.8")) << outcome.errors;
     EXPECT_TRUE(holds(outcome.errors, "0.49 Hz is used")) << outcome.errors;
+    const Outcome track =
+        orvik({"process", sea, "-o", result, "--track-freq-max", "1.5", "--quiet"});
+    EXPECT_TRUE(holds(track.errors, "--track-freq-max 1.5")) << track.errors;
 }
 
 } // namespace

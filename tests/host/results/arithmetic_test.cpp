@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "host/burst/scratch_directory.hpp"
+#include "host/commands/program.hpp"
+#include "results/burst_table.hpp"
 #include "results/checksum.hpp"
 #include "results/confidence.hpp"
 #include "run/spectrum_tail.hpp"
@@ -44,6 +46,37 @@ TEST(Confidence, HeightOfAFlatBand) {
     const auto variance = orvik::confidenceFactors(2.0 * 100.0 * 0.08);
     EXPECT_NEAR(height.lower, std::sqrt(variance.lower), 1e-12);
     EXPECT_NEAR(height.upper, std::sqrt(variance.upper), 1e-12);
+}
+
+orvik::TableRow rowOf(double height, double direction, double trueDirection) {
+    orvik::TableRow row;
+    row.height = height;
+    row.meanDirection = direction;
+    row.truth = orvik::Truth{};
+    row.truth->significantHeight = 2.0;
+    row.truth->realisedHeight = 4.0;
+    row.truth->meanDirection = trueDirection;
+    return row;
+}
+
+// The short way round, the middle of three, the mean of two.
+TEST(TruthErrors, MediansAndWorst) {
+    orvik::TruthErrors errors;
+    errors.add(rowOf(2.2, 359.0, 1.0));
+    errors.add(rowOf(2.0, 10.0, 5.0));
+    errors.add(rowOf(1.6, 100.0, 101.0));
+    std::string text = errors.text();
+    EXPECT_TRUE(orvik::test::holds(text, "mean direction                          2.00     5.00"))
+        << text;
+    EXPECT_TRUE(orvik::test::holds(text, "Hm0, height of the sea                 10.00    20.00"))
+        << text;
+    EXPECT_TRUE(orvik::test::holds(text, "Hm0, height realised in the burst      50.00    60.00"))
+        << text;
+    EXPECT_FALSE(orvik::test::holds(text, "Tp")) << text; // nobody told it
+    errors.add(rowOf(2.0, 4.0, 0.0));
+    text = errors.text();
+    EXPECT_TRUE(orvik::test::holds(text, "mean direction                          3.00     5.00"))
+        << text;
 }
 
 class SpectrumTail : public testing::Test {

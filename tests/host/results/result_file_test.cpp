@@ -63,6 +63,13 @@ protected:
 
 TEST_F(Results, NamesAndUnitsAreThoseOfTheConventions) { check("names", waves); }
 
+TEST_F(Results, FlagsMeanWhatHappened) { check("flags", waves); }
+
+TEST_F(Results, ParametersFollowFromTheSpectra) {
+    check("moments", waves);
+    check("tails", waves);
+}
+
 TEST_F(Results, OpenInXarray) {
     check("decodes", waves);
     check("dispersion", waves);
@@ -106,6 +113,51 @@ TEST_F(Results, NothingIsLeftOfAnExportThatFails) {
     EXPECT_EQ(filesThere(), 1U);
 }
 
+// A logger that lost its clock: tables keep its bursts, wave models cannot.
+TEST_F(Results, BurstsWithoutTime) {
+    const auto write = [this](std::size_t timeless) {
+        const ::orvik::Instrument instrument = ::orvik::test::sampleInstrument();
+        ::orvik::BurstRunner runner(instrument, {});
+        ::orvik::ResultFileWriter writer(waves, ::orvik::test::sampleLayout(runner, instrument));
+        for (std::size_t index = 0; index < 2; ++index) {
+            ::orvik::ResultRow row;
+            row.burst = index;
+            row.startTime = index < timeless ? ::orvik::kUnknown : 1.7e9;
+            row.result.reason = "its \"clock\", they say";
+            writer.append(row);
+        }
+        writer.commit();
+    };
+    write(1);
+    const auto notes = ::orvik::exportResults(waves, paths);
+    ASSERT_EQ(notes.size(), 2U);
+    EXPECT_EQ(notes.front(), "1 of 2 bursts have no time and are not in " + paths.swan);
+    EXPECT_FALSE(holds(contentOf(paths.swan), "- ")) << contentOf(paths.swan);
+    EXPECT_EQ(::orvik::NcReader(paths.ww3).dimensionLength("time"), 1U);
+    const std::string csv = contentOf(paths.csv);
+    EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 3);
+    EXPECT_TRUE(holds(csv, ",\"its \"\"clock\"\", they say\",")) << csv;
+    write(2);
+    EXPECT_THROW(::orvik::exportResults(waves, paths), ::orvik::UserError);
+    paths.swan.clear();
+    paths.ww3.clear();
+    EXPECT_TRUE(::orvik::exportResults(waves, paths).empty());
+}
+
+TEST_F(Results, DegreesOfFreedomAreThoseOfTheAveraging) {
+    ::orvik::ProcessingChoices choices;
+    choices.specBandWidth = 64;
+    ::orvik::test::writeSampleResults(waves, choices);
+    EXPECT_TRUE(holds(explainInOneLine(0), "32 degrees of freedom")) << explain(0);
+}
+
+TEST_F(Results, WavesThatGoAreExplainedSo) {
+    ::orvik::ProcessingChoices choices;
+    choices.comingFrom = false;
+    ::orvik::test::writeSampleResults(waves, choices);
+    EXPECT_TRUE(holds(explainInOneLine(0), "Waves at the peak go to")) << explain(0);
+}
+
 TEST_F(Results, ConvertSaysWhatItCannotDo) {
     Outcome outcome = orvik({"convert", waves});
     EXPECT_EQ(outcome.exitCode, 2);
@@ -113,6 +165,8 @@ TEST_F(Results, ConvertSaysWhatItCannotDo) {
     outcome = orvik({"convert", waves, "--csv", waves});
     EXPECT_EQ(outcome.exitCode, 2);
     EXPECT_TRUE(holds(outcome.errors, "are the same file")) << outcome.errors;
+    outcome = orvik({"convert", waves, "--csv", directory.file("./waves.nc")});
+    EXPECT_EQ(outcome.exitCode, 2) << "by another name";
     outcome = orvik({"convert", directory.file("none.nc"), "--csv", paths.csv});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_TRUE(holds(outcome.errors, "cannot open")) << outcome.errors;

@@ -65,6 +65,8 @@ def names(path):
         assert len(flags.flag_masks) == len(flags.flag_meanings.split()) == 12
         assert flags.flag_masks.dtype == flags.dtype
         assert len(file["spectrum_source"].flag_values) == 3
+        assert file["hm0"].ancillary_variables == "quality_flag"
+        assert "ancillary_variables" not in file["samples"].ncattrs()  # rejected bursts have them
         assert file["time"].bounds == "time_bnds" and file["time"].axis == "T"
         assert file["time_bnds"].dimensions == ("time", "bnds")
         for name, variable in file.variables.items():
@@ -106,6 +108,83 @@ def decodes(path):
         assert results[name][~bad].notnull().any(), name
     assert all((results.rejection_reason.values != "") == bad)
     assert (good.missing_samples >= 0).all() and (good.samples == 1024).all()
+
+
+def words(variable, value):
+    """What the bits or the value of a flag mean by the file's own attributes."""
+    meanings = variable.flag_meanings.split()
+    if "flag_masks" in variable.ncattrs():
+        return {word for mask, word in zip(variable.flag_masks, meanings) if mask & int(value)}
+    return meanings[list(variable.flag_values).index(value)]
+
+
+def flags(path):
+    """The bursts of the sample: good, holed, without a track, tilted, with gaps."""
+    with netCDF4.Dataset(path) as file:
+        said = [words(file["quality_flag"], value) for value in file["quality_flag"][:]]
+        assert said == [set(), {"no_result"}, {"no_track"}, {"tilt"}, set()], said
+        source = file["spectrum_source"]
+        assert [None if value is np.ma.masked else words(source, value) for value in source[:]] == [
+            "surface_track", None, "pressure", "surface_track", "surface_track"]
+        assert list(file["method_used"][[0, 2]]) == [4, 3]
+        track = np.ma.filled(file["variance_density_surface_track"][:], np.nan)
+        assert (np.isnan(track).all(axis=1) == [False, True, True, False, False]).all()
+
+
+def moments(path):
+    """Parameters follow from the spectra beside them, directions from the coefficients."""
+    results = xr.open_dataset(path)
+    good = results.isel(time=~rejected(results))
+    f = good.freq.astype(float)
+    density = good.variance_density.astype(float)
+    m0, m2, m1 = (float_sum(density * f**power) for power in (0, 2, -1))
+    # The surface track's own axis goes on where that of variance_density ends.
+    close(good.tm02, np.sqrt(m0 / m2), 0.05, "tm02")
+    close(good.tm_10, m1 / m0, 0.05, "tm_10")
+    close(good.tp, 1 / f[density.argmax("freq")], 0.06, "tp")  # it lies between bins
+    measured = good.isel(time=(good.spectrum_source == 3).values)
+    assert (measured.h_max > measured.h_tenth).all() and (measured.h_tenth > measured.h_third).all()
+    close(measured.tz, measured.tm02, 0.2, "tz")
+    close(measured.h_third, measured.hm0, 0.1, "h_third")
+    close(measured.h_tenth, 1.27 * measured.h_third, 0.12, "h_tenth")
+    close(measured.t_third, measured.tp, 0.25, "t_third")
+    known = density > 0.05 * density.max("freq")  # where there are waves
+    a1, b1, a2, b2 = (good[name].astype(float) for name in ("a1", "b1", "a2", "b2"))
+    assert abs(turn(np.degrees(np.arctan2(b1, a1)) - good.direction)).where(known, 0).max() < 0.1
+    spread = np.degrees(np.sqrt(2 * (1 - np.hypot(a1, b1))))
+    close(spread.where(known, 0), good.spread.where(known, 0), 0.01, "spread")
+    angle = np.radians(good.dir.astype(float))
+    share = good.efth / good.efth.sum("dir")
+    peak = density.argmax("freq")
+    for coefficient, shape in ((a1, np.cos(angle)), (b1, np.sin(angle)), (a2, np.cos(2 * angle)),
+                               (b2, np.sin(2 * angle))):
+        np.testing.assert_allclose((share * shape).sum("dir")[dict(freq=peak)],
+                                   coefficient[dict(freq=peak)], atol=0.05)
+
+
+def float_sum(values):
+    return values.sum("freq").values
+
+
+def tails(path):
+    """Above its cut-off a spectrum is a tail f^-4.5, and not below it; raised densities are 0."""
+    results = xr.open_dataset(path)
+    good = results.isel(time=~rejected(results))
+    f = good.freq.values.astype(float)
+    for name in ("pressure", "velocity"):
+        level = good[f"variance_density_{name}"].values.astype(float) * f**4.5
+        for cutoff, line in zip(good[f"{name}_cutoff_frequency"].values, level):
+            last = int(np.argmin(abs(f - cutoff)))
+            np.testing.assert_allclose(line[last:], line[-1], rtol=2e-5, err_msg=name)
+            assert abs(line[last - 1] / line[-1] - 1) > 1e-4, name
+    zeros = sum((good[name] == 0).sum(dim) for name, dim in (
+        ("variance_density", "freq"), ("variance_density_pressure", "freq"),
+        ("variance_density_velocity", "freq"),
+        ("variance_density_surface_track", "freq_surface_track")))
+    assert (good.raised_densities == zeros).all(), (good.raised_densities.values, zeros.values)
+    assert not good.variance_density_velocity.equals(good.variance_density_pressure)
+    # The simulated sea, whose bed is half a metre below the sensor.
+    assert abs(good.water_depth - 15).max() < 0.1, good.water_depth.values
 
 
 def dispersion(path):
@@ -217,6 +296,9 @@ def ww3(path, ww3_path):
     close(model.longitude, np.full(model.longitude.shape, 4.25), 1e-6, "longitude")
     close(model.frequency2 - model.frequency1, np.full(model.sizes["frequency"], 0.01), 1e-3,
           "bands")
+    close((model.frequency1 + model.frequency2) / 2, results.freq, 1e-4, "middle of the bands")
+    close(model.curdir[good, 0], results.current_direction[good], 1e-6, "current direction")
+    assert model.wnd.isnull().all() and model.wnddir.isnull().all()
     close(model.dpt[good, 0], results.water_depth[good], 1e-6, "depth")
     close(model.cur[good, 0], results.current_speed[good], 1e-6, "current")
     spectra = model.efth.values[:, 0].astype(float)
@@ -240,6 +322,7 @@ def texts(path, csv_path, json_path):
     document = json.load(open(json_path))
     assert len(rows) == len(document["bursts"]) == results.sizes["time"]
     close(document["freq"], results.freq, 1e-7, "freq")
+    close(document["freq_surface_track"], results.freq_surface_track, 1e-7, "freq_surface_track")
     assert document["attributes"]["Conventions"] == "CF-1.8"
     columns = {title.split(" [")[0]: title for title in rows[0]}
     for i, (row, entry) in enumerate(zip(rows, document["bursts"])):

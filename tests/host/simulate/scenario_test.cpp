@@ -100,6 +100,15 @@ TEST(Deployment, InterpolatesTheShortWayRound) {
         << "after the last state";
 }
 
+TEST(Deployment, EveryBurstIsAnotherPieceOfTheSameSea) {
+    const Scenario scenario = plainScenario();
+    const SimulatedBurst first = simulateScenarioBurst(scenario, 0);
+    const SimulatedBurst second = simulateScenarioBurst(scenario, 1);
+    EXPECT_EQ(first.truth.significantHeight, second.truth.significantHeight);
+    EXPECT_NE(first.burst.pressure, second.burst.pressure);
+    EXPECT_EQ(second.burst.startTime - first.burst.startTime, scenario.interval);
+}
+
 TEST(Deployment, TheTideRisesAndRunsFastestHalfWay) {
     Scenario scenario = plainScenario();
     scenario.tideAmplitude = 1.5;

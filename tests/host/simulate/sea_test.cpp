@@ -275,6 +275,75 @@ TEST(Sea, NoiseIsAddedToTheSameSea) {
         << "the beams' noises are independent";
 }
 
+TEST(Sea, SpikesGoBothWaysInPressureAndTrack) {
+    const SensorFaults spiky{0.0, 0.0, 0.0, 0.05, 0.0, 0.0};
+    const Burst clean =
+        simulateBurst(testInstrument(), testSea(), kNoFaults, 2048, VelocitySystem::beam, 3).burst;
+    const Burst spikes =
+        simulateBurst(testInstrument(), testSea(), spiky, 2048, VelocitySystem::beam, 3).burst;
+    for (const auto series : {&Burst::pressure, &Burst::surfaceTrack}) {
+        int up = 0;
+        int down = 0;
+        for (std::size_t i = 0; i < (clean.*series).size(); ++i) {
+            up += (spikes.*series)[i] > (clean.*series)[i] ? 1 : 0;
+            down += (spikes.*series)[i] < (clean.*series)[i] ? 1 : 0;
+        }
+        EXPECT_GT(up, 20);
+        EXPECT_GT(down, 20);
+    }
+}
+
+TEST(Sea, NoisesOfPressureAndTrackAreIndependent) {
+    const SensorFaults noisy{1.0, 0.0, 1.0, 0.0, 0.0, 0.0};
+    const Burst clean =
+        simulateBurst(testInstrument(), testSea(), kNoFaults, 2048, VelocitySystem::beam, 3).burst;
+    const Burst noise =
+        simulateBurst(testInstrument(), testSea(), noisy, 2048, VelocitySystem::beam, 3).burst;
+    std::vector<double> pressure;
+    std::vector<double> track;
+    for (std::size_t i = 0; i < 2048; ++i) {
+        pressure.push_back(static_cast<double>(noise.pressure[i] - clean.pressure[i]));
+        track.push_back(static_cast<double>(noise.surfaceTrack[i] - clean.surfaceTrack[i]));
+    }
+    EXPECT_NEAR(covariance(pressure, track), 0.0, 0.12); // five deviations of chance
+}
+
+TEST(Sea, ARollOffsetIsPartOfTheRoll) {
+    SeaState rolling = testSea();
+    rolling.roll = -2.0;
+    SeaState offset = rolling;
+    offset.roll = -9.5;
+    Instrument askew = testInstrument();
+    askew.rollOffset = 7.5;
+    const Burst expected =
+        simulateBurst(testInstrument(), rolling, {}, kSamples, VelocitySystem::enu, 3).burst;
+    const Burst burst = simulateBurst(askew, offset, {}, kSamples, VelocitySystem::enu, 3).burst;
+    EXPECT_EQ(burst.velocity, expected.velocity);
+}
+
+TEST(Sea, ProfilesHaveNoiseAndGapsToo) {
+    Instrument instrument = testInstrument();
+    instrument.instrumentType = 16;
+    instrument.cellSize = 0.5;
+    instrument.profile = ProfileFacts{10, 0.5, 0.0, 2.0};
+    const SensorFaults faults{0.0, 0.05, 0.0, 0.0, 0.05, 0.0};
+    const Burst clean =
+        simulateBurst(instrument, testSea(), kNoFaults, kSamples, VelocitySystem::beam, 3).burst;
+    const Burst burst =
+        simulateBurst(instrument, testSea(), faults, kSamples, VelocitySystem::beam, 3).burst;
+    std::vector<double> noise;
+    for (std::size_t i = 0; i < kSamples; ++i) {
+        const std::size_t at = burst.profile->at(i, 1, 2);
+        EXPECT_EQ(burst.valid[i] == 0, std::isnan(burst.profile->velocity[at])) << i;
+        if (burst.valid[i] != 0) {
+            noise.push_back(
+                static_cast<double>(burst.profile->velocity[at] - clean.profile->velocity[at]));
+        }
+    }
+    EXPECT_LT(noise.size(), kSamples);
+    EXPECT_NEAR(std::sqrt(covariance(noise, noise)), 0.05, 0.01);
+}
+
 TEST(Sea, SpikesGapsAndLostEchoes) {
     const Burst clean =
         simulateBurst(testInstrument(), testSea(), kNoFaults, 2048, VelocitySystem::beam, 3).burst;
