@@ -33,7 +33,7 @@ std::string versionText() {
 
 int fail(const std::string &text, int status) {
     std::fflush(stdout);
-    fmt::print(stderr, "orvik: error: {}\n", text);
+    std::fputs(("orvik: error: " + text + "\n").c_str(), stderr); // where stderr is closed, quietly
     return status;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <set>
@@ -286,6 +287,9 @@ void addProcessCommand(CLI::App &app) {
                                    "or a folder to watch with --follow"
                                  : "--follow watches a folder: no other input can be given");
         }
+        // A reader that went away, as `| head` does, ends the run in order: nothing unfinished stays under the
+        // output's name, and --resume goes on.
+        std::signal(SIGPIPE, SIG_IGN);
         if (options->follow.empty()) {
             runProcess(*options);
         } else {

@@ -55,8 +55,8 @@ must_not_match("development" "${contents}" "[^\n]*(/bin/|\\.so\\.${VERSION}\n)")
 must_match("development" "${fields}" "Depends: [^\n]*liborvikbase${major} \\(= ${VERSION}\\)" "Section: libdevel\n")
 
 open_package(orvik)
-must_match("orvik" "${contents}" "-rwxr-xr-x [^\n]*\\./usr/bin/orvik\n" "${doc}/orvik/copyright\n" "${doc}/orvik/getting-started\.md"
-           "${doc}/orvik/report\.md" "${doc}/orvik/input-layouts\.md" "${doc}/orvik/reading-results\.md")
+must_match("orvik" "${contents}" "-rwxr-xr-x [^\n]*\\./usr/bin/orvik\n" "${doc}/orvik/copyright\n" "${doc}/orvik/getting-started\\.md\n"
+           "${doc}/orvik/report\\.md\n" "${doc}/orvik/input-layouts\\.md\n" "${doc}/orvik/reading-results\\.md\n")
 must_not_match("orvik" "${contents}" "[^\n]*(/lib/|/include/)")
 must_match("orvik" "${fields}" "Depends: [^\n]*liborvikbase${major} " "Depends: [^\n]*libnetcdf" "Section: science\n")
 

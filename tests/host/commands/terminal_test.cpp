@@ -72,4 +72,24 @@ TEST(Terminal, TheBarFitsItsWidth) {
     }
 }
 
+// As with `| head`: what is shown has no reader any more.
+TEST(Terminal, AReaderThatGoesAwayLeavesNoPartOfAFile) {
+    const ::orvik::test::ScratchDirectory directory;
+    const std::string sea = directory.file("sea.nc");
+    const std::string result = directory.file("waves.nc");
+    ASSERT_EQ(orvik({"simulate", "-o", sea, "--bursts", "201", "--samples", "64"}).exitCode, 0);
+    const auto outcome = orvik({"process", sea, "-o", result, "--method", "1"}, [] {
+        int ends[2] = {-1, -1};
+        if (pipe(ends) == 0) {
+            close(ends[0]);
+            dup2(ends[1], STDERR_FILENO);
+        }
+    });
+    EXPECT_EQ(outcome.exitCode, 1);
+    for (const std::string &name : directory.names()) {
+        EXPECT_EQ(name.find(".part"), std::string::npos) << name;
+    }
+    EXPECT_EQ(orvik({"process", sea, "-o", result, "--method", "1", "--resume"}).exitCode, 0);
+}
+
 } // namespace
