@@ -259,7 +259,8 @@ std::optional<TimeStep> CsvData::timeStep() const {
     });
     const auto step = TimeStep::of(head);
     if (!step) {
-        throw UserError("the times in " + table_.path() + " do not ascend");
+        throw UserError(head.empty() ? table_.path() + " has no rows under its header line"
+                                     : "the times in " + table_.path() + " do not ascend");
     }
     return step;
 }

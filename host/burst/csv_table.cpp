@@ -161,8 +161,11 @@ double CsvTable::number(const Row &row, std::size_t column) const {
     const char *begin = text.data() + (text.front() == '+' ? 1 : 0);
     const auto [end, error] = std::from_chars(begin, text.data() + text.size(), value);
     if (error != std::errc{} || end != text.data() + text.size()) {
-        throw UserError(fmt::format("{} line {}: \"{}\" in column {} is not a number", path_,
-                                    row.place.line, text, columns_[column].name));
+        throw UserError(fmt::format("{} line {}: \"{}\" in column {} is not a number{}", path_,
+                                    row.place.line, text, columns_[column].name,
+                                    text.find(',') == std::string::npos
+                                        ? ""
+                                        : ": numbers are written with a decimal point"));
     }
     return value;
 }

@@ -46,6 +46,28 @@ TEST_F(Messages, SourceIsRefusedWhereItWouldDoNothing) {
            "--source velocity is for methods 2 to 4");
 }
 
+TEST_F(Messages, ATableWithoutRows) {
+    const std::string table = directory.file("a.csv");
+    std::ofstream(table) << "time,pressure\n";
+    expect({"process", table, "-o", result}, 1, table + " has no rows under its header line");
+}
+
+TEST_F(Messages, DecimalCommas) {
+    const std::string table = directory.file("a.csv");
+    {
+        std::ofstream file(table);
+        file << "pressure;velocity_east;velocity_north\n";
+        for (int i = 0; i < 64; ++i) {
+            file << "10,5;0;0\n";
+        }
+    }
+    const Outcome outcome = orvik(
+        {"process", table, "-o", result, "--set", "sampling_rate=2", "--set", "cell_range=1"});
+    EXPECT_TRUE(holds(outcome.errors, "\"10,5\" in column pressure is not a number: numbers are "
+                                      "written with a decimal point"))
+        << outcome.errors;
+}
+
 TEST_F(Messages, BurstsAreCountedFrom0) {
     ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet"}).exitCode, 0);
     expect({"explain", result, "--burst", "-1"}, 2, "--burst -1: bursts are counted from 0");
