@@ -38,15 +38,32 @@ std::unique_ptr<FrontEnd> makeFrontEnd(const Instrument &instrument, int method)
     return std::make_unique<PointFrontEnd>(instrument, method);
 }
 
+// Upper limit of an axis that holds the bin at `limit`. Limits are single-precision numbers: rounded, one in five of whole
+// hundredths of a hertz falls a little short of its bin, which would be lost.
+float upperLimit(double from, double limit, double step) {
+    constexpr double kOnBin = 1e-3; // of a step
+    const double bin = std::round((limit - from) / step);
+    auto reached = static_cast<float>(limit);
+    if (std::abs((limit - from) / step - bin) > kOnBin) {
+        return reached; // between two bins
+    }
+    const double lowest = static_cast<float>(from);
+    const double width = static_cast<float>(step);
+    while ((static_cast<double>(reached) - lowest) / width < bin) {
+        reached = std::nextafter(reached, HUGE_VALF);
+    }
+    return reached;
+}
+
 orvikbase::ProcessingParameters libraryParameters(const Instrument &instrument,
                                                   const ProcessingChoices &choices,
                                                   const FrontEnd &frontEnd) {
     orvikbase::ProcessingParameters parameters;
     parameters.method = static_cast<orvikbase::Method>(choices.method);
     parameters.freqMin = static_cast<float>(choices.freqMin);
-    parameters.freqMax = static_cast<float>(choices.freqMax);
+    parameters.freqMax = upperLimit(choices.freqMin, choices.freqMax, choices.freqStep);
     parameters.fineFreqMin = static_cast<float>(choices.fineFreqMin);
-    parameters.fineFreqMax = static_cast<float>(choices.fineFreqMax);
+    parameters.fineFreqMax = upperLimit(choices.fineFreqMin, choices.fineFreqMax, choices.freqStep);
     parameters.freqStep = static_cast<float>(choices.freqStep);
     parameters.levelOffset = static_cast<float>(instrument.pressureHeight);
     parameters.headingOffset = static_cast<float>(instrument.declination);

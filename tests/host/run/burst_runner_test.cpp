@@ -412,4 +412,27 @@ TEST(BurstRunner, AxesAreThoseOfTheLibrary) {
     EXPECT_NEAR(runner.fineFrequencies().back(), 0.8, 1e-6);
 }
 
+// 0.45 Hz and others are, in single precision, a little less than a whole number of steps above the lowest frequency.
+TEST(BurstRunner, AnAxisReachesItsUpperLimit) {
+    const SimulatedBurst simulated = sea();
+    for (const double step : {0.01, 0.005}) {
+        for (int hundredths = 9; hundredths < 99; hundredths += 6) {
+            ProcessingChoices choices = method(1);
+            choices.freqStep = step;
+            choices.freqMax = hundredths / 100.0;
+            choices.fineFreqMax = choices.freqMax;
+            const BurstResult result = run(simulated.burst, choices);
+            ASSERT_TRUE(result.processed) << result.reason;
+            const double steps = (choices.freqMax - choices.freqMin) / step;
+            EXPECT_EQ(result.energy.size(),
+                      std::min<std::size_t>(OV_MAX_FREQUENCIES,
+                                            static_cast<std::size_t>(std::lround(steps)) + 1))
+                << choices.freqMax;
+        }
+    }
+    ProcessingChoices choices = method(1);
+    choices.freqMax = 0.454; // between two bins: the lower one is the last
+    EXPECT_EQ(run(simulated.burst, choices).energy.size(), 44U);
+}
+
 } // namespace
