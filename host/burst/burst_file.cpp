@@ -6,6 +6,7 @@
 #include "burst/column.hpp"
 #include "burst/instrument_facts.hpp"
 #include "burst/mean_angle.hpp"
+#include "burst/missing_velocities.hpp"
 #include "burst/profile_series.hpp"
 #include "user_error.hpp"
 
@@ -120,6 +121,10 @@ void BurstFileReader::Impl::findBursts() {
         }
     }
     const auto length = file.dimensionLength(kSample);
+    if (!length && file.find("hm0")) {
+        throw UserError(file.path() + " is a result file, not a burst file: orvik show, explain, "
+                                      "report and convert read it");
+    }
     if (burstDimension.empty() || !length) {
         throw UserError(file.path() + " is not a burst file: it has no dimension " +
                         (burstDimension.empty() ? "time (or burst)" : kSample));
@@ -202,7 +207,7 @@ void BurstFileReader::Impl::findVelocity() {
         system = velocity.empty() ? VelocitySystem::none : VelocitySystem::enu;
     }
     if (system == VelocitySystem::none && wantedSystem != VelocitySystem::none) {
-        throw UserError(file.path() + " has no velocities in the wanted system");
+        throw MissingVelocities(file.path(), wantedSystem);
     }
     if (system != VelocitySystem::none && !std::isfinite(instrument.cellRange)) {
         throw MissingFact("cell_range", file.path());

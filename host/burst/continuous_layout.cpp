@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "burst/column.hpp"
+#include "burst/missing_velocities.hpp"
 #include "burst/nc_facts.hpp"
 #include "burst/stretches.hpp"
 #include "user_error.hpp"
@@ -175,7 +176,7 @@ void ContinuousData::findVelocity(VelocitySystem wanted) {
         shape_.system = systemOf(file_);
     }
     if (wanted != VelocitySystem::none && wanted != shape_.system) {
-        throw UserError(file_.path() + " has no velocities in the wanted system");
+        throw MissingVelocities(file_.path(), wanted);
     }
     if (!variable) {
         return;

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "burst/csv_table.hpp"
+#include "burst/missing_velocities.hpp"
 #include "burst/stretches.hpp"
 #include "netcdf/units.hpp"
 #include "user_error.hpp"
@@ -222,7 +223,7 @@ void CsvData::findVelocity(VelocitySystem wanted) {
         shape_.system = velocity_.empty() ? VelocitySystem::none : candidate.system;
     }
     if (velocity_.empty() && wanted != VelocitySystem::none) {
-        throw UserError(table_.path() + " has no velocities in the wanted system");
+        throw MissingVelocities(table_.path(), wanted);
     }
     shape_.beams = std::max<std::size_t>(velocity_.size(), 3);
     for (std::size_t b = 0; b < shape_.beams; ++b) {

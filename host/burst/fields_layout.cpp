@@ -5,6 +5,7 @@
 
 #include "burst/column.hpp"
 #include "burst/mean_angle.hpp"
+#include "burst/missing_velocities.hpp"
 #include "burst/nc_facts.hpp"
 #include "user_error.hpp"
 
@@ -153,7 +154,7 @@ void FieldsData::findVelocity(VelocitySystem wanted) {
         }
         shape_.system = VelocitySystem::enu;
     } else if (wanted != VelocitySystem::none) {
-        throw UserError(file_.path() + " has no velocities in the wanted system");
+        throw MissingVelocities(file_.path(), wanted);
     }
     for (const Column &column : velocity_) {
         if (const auto axis = column.variable.axis(kCell)) {

@@ -1,4 +1,5 @@
 #include "burst/profile_series.hpp"
+#include "burst/missing_velocities.hpp"
 
 #include <algorithm>
 #include <array>
@@ -48,7 +49,7 @@ ProfileSeries::ProfileSeries(const NcReader &file, const std::string &burstDimen
         }
     }
     if (!velocity_) {
-        throw UserError(file.path() + " has no velocities in the wanted system");
+        throw MissingVelocities(file.path(), wanted);
     }
     beams_ = velocity_->variable.dimensions[*velocity_->variable.axis(component_)].length;
     cells_ = velocity_->variable.dimensions[*velocity_->variable.axis(kCell)].length;

@@ -54,6 +54,20 @@ TEST_F(BadInput, TruncatedFile) {
     }
 }
 
+TEST_F(BadInput, ResultsAreNoBursts) {
+    ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet"}).exitCode, 0);
+    const Outcome outcome = orvik({"process", result, "-o", directory.file("again.nc")});
+    std::filesystem::remove(result);
+    expectFailure(outcome, 1, {"orvik: error: ", result, "is a result file", "orvik show"});
+}
+
+TEST_F(BadInput, VelocitiesThatTheFileLacks) {
+    for (const std::string system : {"xyz", "enu"}) {
+        expectFailure(orvik({"process", sea, "-o", result, "--velocities", system}), 1,
+                      {"--velocities " + system, sea, "has no velocities"});
+    }
+}
+
 TEST_F(BadInput, UnknownValueName) {
     expectFailure(orvik({"process", sea, "-o", result, "--set", "cellrange=8"}), 2,
                   {"--set cellrange", "cell_range"});
