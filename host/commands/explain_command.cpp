@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "commands/counted.hpp"
 #include "results/explanation.hpp"
 #include "user_error.hpp"
 
@@ -34,9 +35,9 @@ StoredBurst findBurst(const ResultReader &results, std::size_t place) {
             return burst;
         }
     }
-    throw UsageError(fmt::format("--burst {}: {} has {} bursts, counted from 0; orvik show lists "
+    throw UsageError(fmt::format("--burst {}: {} has {}, counted from 0; orvik show lists "
                                  "them",
-                                 place, results.path(), results.burstCount()));
+                                 place, results.path(), counted(results.burstCount(), "burst")));
 }
 
 void runExplain(const ExplainOptions &options) {

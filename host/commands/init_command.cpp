@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "burst/deployment.hpp"
+#include "commands/counted.hpp"
 #include "commands/deployment_options.hpp"
 #include "files/text_file.hpp"
 #include "process/plan.hpp"
@@ -142,10 +143,6 @@ std::string valueText(const std::vector<double> &values) {
         return fmt::format("{}", values.front());
     }
     return fmt::format("[{}]", fmt::join(values, ", "));
-}
-
-std::string counted(std::size_t number, const std::string &one) {
-    return fmt::format("{} {}{}", number, one, number == 1 ? "" : "s");
 }
 
 // What is there already, as lines to be corrected.

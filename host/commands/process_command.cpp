@@ -15,6 +15,7 @@
 #include <fmt/format.h>
 
 #include "burst/deployment.hpp"
+#include "commands/counted.hpp"
 #include "commands/deployment_options.hpp"
 #include "commands/export_options.hpp"
 #include "process/deployment_run.hpp"
@@ -131,10 +132,10 @@ void sayTiming(const RunTimes &times) {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     fmt::print(stderr,
-               "orvik: {} bursts in {:.2f} s, {:.0f} a second; reading {:.1f} %, library {:.1f} %, "
+               "orvik: {} in {:.2f} s, {:.0f} a second; reading {:.1f} %, library {:.1f} %, "
                "writing {:.1f} %; peak "
                "memory {} MB\n",
-               times.bursts, times.wall,
+               counted(times.bursts, "burst"), times.wall,
                static_cast<double>(times.bursts) / std::max(times.wall, 1e-9), share(times.reading),
                share(times.processing), share(times.writing), usage.ru_maxrss / 1024);
 }

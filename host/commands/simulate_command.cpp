@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "burst/burst_file.hpp"
+#include "commands/counted.hpp"
 #include "simulate/scenario_file.hpp"
 #include "simulate/scenario_settings.hpp"
 #include "user_error.hpp"
@@ -115,9 +116,9 @@ Scenario scenarioOfOptions(const SimulateOptions &options) {
 std::string summary(const SimulateOptions &options, const Scenario &scenario, double lowest,
                     double highest) {
     return fmt::format(
-        "{}: {} bursts of {} samples at {} Hz, significant height {:.2f} to {:.2f} m, seed {}\n",
-        options.output, scenario.bursts, scenario.samples, scenario.instrument.samplingRate, lowest,
-        highest, scenario.seed);
+        "{}: {} of {} samples at {} Hz, significant height {:.2f} to {:.2f} m, seed {}\n",
+        options.output, counted(scenario.bursts, "burst"), scenario.samples,
+        scenario.instrument.samplingRate, lowest, highest, scenario.seed);
 }
 
 void runSimulate(const SimulateOptions &options) {

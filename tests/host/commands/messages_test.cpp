@@ -71,7 +71,7 @@ TEST_F(Messages, DecimalCommas) {
 TEST_F(Messages, BurstsAreCountedFrom0) {
     ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet"}).exitCode, 0);
     expect({"explain", result, "--burst", "-1"}, 2, "--burst -1: bursts are counted from 0");
-    expect({"explain", result, "--burst", "1"}, 2, "--burst 1: " + result + " has 1 bursts");
+    expect({"explain", result, "--burst", "1"}, 2, "--burst 1: " + result + " has 1 burst,");
 }
 
 TEST_F(Messages, ShowTellsWhoLooksAtOtherKinds) {
