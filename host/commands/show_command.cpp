@@ -144,6 +144,7 @@ int wholeOr0(double value) { return std::isfinite(value) ? static_cast<int>(valu
 
 void printResults(const NcReader &file, const std::vector<double> &times) {
     const std::size_t bursts = times.size();
+    const auto number = column(file, "burst", bursts);
     const auto height = column(file, "hm0", bursts);
     const auto period = column(file, "tp", bursts);
     const auto peakDirection = column(file, "peak_direction", bursts);
@@ -155,7 +156,7 @@ void printResults(const NcReader &file, const std::vector<double> &times) {
     for (std::size_t i = 0; i < bursts; ++i) {
         TableRow row;
         row.startTime = times[i];
-        row.burst = i;
+        row.burst = std::isfinite(number[i]) ? static_cast<std::size_t>(number[i]) : i;
         row.height = height[i];
         row.peakPeriod = period[i];
         row.peakDirection = peakDirection[i];

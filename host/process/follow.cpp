@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -167,14 +168,16 @@ private:
                 row.result.reason = error.what();
             }
             journal_->append({row, name});
-            append(row);
+            append(std::move(row));
         }
         if (done == source.burstCount()) {
             finished_.insert(name);
         }
     }
 
-    void append(const ResultRow &row) {
+    // Results number bursts through all files: those of a file alone would name several bursts.
+    void append(ResultRow row) {
+        row.burst = rows_++;
         writer_->append(row);
         fresh_ = true;
         run_.onRow(row);
@@ -187,7 +190,8 @@ private:
     std::unique_ptr<BurstRunner> runner_;
     std::set<std::string> finished_;            // files whose bursts are all done
     std::map<std::string, std::size_t> doneOf_; // bursts of a file, those of an earlier run too
-    bool fresh_ = false;                        // rows that the result file does not show yet
+    std::size_t rows_ = 0;
+    bool fresh_ = false; // rows that the result file does not show yet
 };
 
 } // namespace

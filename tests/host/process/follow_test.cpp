@@ -105,6 +105,11 @@ TEST_F(Follow, ResumedAfterAKillNothingIsLostOrDoubled) {
     const auto time = file.readAll(*file.find("time"));
     ASSERT_EQ(time.size(), 4U);
     EXPECT_LT(time[1], time[2]);
+    // One count through all files, so that a number names one burst.
+    EXPECT_EQ(values("burst"), (std::vector<double>{0.0, 1.0, 2.0, 3.0}));
+    const ::orvik::test::Outcome last = orvik({"explain", result, "--burst", "3"});
+    EXPECT_TRUE(holds(last.output, "burst 3 of " + result + ", 2024-11-06 01:00:00"))
+        << last.output << last.errors;
 }
 
 TEST_F(Follow, StoppedInTheMiddleOfAFileItGoesOnBehindTheLastBurst) {

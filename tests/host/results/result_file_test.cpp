@@ -220,4 +220,27 @@ TEST_F(Results, ExplainFindsBurstsAndNamesWrongOnes) {
     EXPECT_TRUE(holds(outcome.errors, "has 5 bursts, counted from 0")) << outcome.errors;
 }
 
+// As another program may cut it out of a deployment: bursts keep their numbers.
+TEST_F(Results, PartsOfADeploymentKeepTheNumbersOfTheirBursts) {
+    const ::orvik::Instrument instrument = ::orvik::test::sampleInstrument();
+    ::orvik::BurstRunner runner(instrument, {});
+    {
+        ::orvik::ResultFileWriter writer(waves, ::orvik::test::sampleLayout(runner, instrument));
+        for (const std::size_t number : {1U, 0U}) {
+            ::orvik::ResultRow row;
+            row.burst = number;
+            row.startTime = 1.7e9 + 3600.0 * static_cast<double>(number);
+            row.result = runner.run(::orvik::test::sampleBurst(instrument, ::orvik::test::kTilted));
+            writer.append(row);
+        }
+        writer.commit();
+    }
+    const Outcome explained = orvik({"explain", waves, "--burst", "1"});
+    EXPECT_TRUE(holds(explained.output, ", 2023-11-14 23:13:20 UTC")) << explained.output;
+    const std::string shown = orvik({"show", waves}).output;
+    EXPECT_TRUE(holds(shown, "    1  2023-11-14 23:13:20")) << shown;
+    EXPECT_TRUE(holds(shown, "    0  2023-11-14 22:13:20")) << shown;
+    EXPECT_TRUE(holds(shown, "tilt")) << shown;
+}
+
 } // namespace
