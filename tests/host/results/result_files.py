@@ -333,7 +333,7 @@ def texts(path, csv_path, json_path):
             if variable.dims == ("time",) and variable.dtype != object:
                 assert same(float(variable[i]), row[columns[name]]), name
                 assert same(float(variable[i]), entry[name]), name
-            elif variable.dims == ("time", "freq"):
+            elif variable.dims in (("time", "freq"), ("time", "freq_surface_track")):
                 values = np.array(entry["spectra"][name], dtype=np.float32)
                 np.testing.assert_array_equal(values, variable[i].values.astype(np.float32), name)
     assert set(" ".join(row["quality"] for row in rows).split()) >= {"no_result"}

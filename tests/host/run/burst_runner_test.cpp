@@ -265,6 +265,7 @@ TEST(BurstRunner, AnUnusableTrackIsAsGoodAsNone) {
                       wave(expected, &orvikbase::WaveParameters::significantHeight));
             EXPECT_EQ(wave(result, &orvikbase::WaveParameters::meanDirection),
                       wave(expected, &orvikbase::WaveParameters::meanDirection));
+            EXPECT_EQ(result.directionWeights, expected.directionWeights);
         }
         EXPECT_EQ(run(without, method(number)).notes.size(), 1U);
     }
