@@ -118,7 +118,8 @@ TEST_F(Process, TheMethodSuitsTheVelocities) {
     for (const auto &[system, method] :
          {std::pair("beam", "4"), std::pair("xyz", "4"), std::pair("enu", "2")}) {
         simulate({"--velocity-system", system});
-        ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet"}).exitCode, 0);
+        ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet", "--velocities", system}).exitCode,
+                  0);
         EXPECT_EQ(NcReader(result).text(nullptr, "processing_method"), method) << system;
     }
 }

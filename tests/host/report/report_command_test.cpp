@@ -111,7 +111,7 @@ TEST_F(Report, OutputThatCannotBe) {
     EXPECT_TRUE(holds(outcome.errors, "/nowhere/a.html")) << outcome.errors;
     outcome = orvik({"report", path, "-o", directory_.file("")});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_TRUE(holds(outcome.errors, "directory")) << outcome.errors;
+    EXPECT_TRUE(holds(outcome.errors, "it is a directory")) << outcome.errors;
     outcome = orvik({"report", path, "-o", path});
     EXPECT_EQ(outcome.exitCode, 2);
     EXPECT_TRUE(holds(outcome.errors, "give the page another name")) << outcome.errors;

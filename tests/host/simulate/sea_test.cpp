@@ -455,5 +455,16 @@ TEST(Truth, AFlatSeaHasNoDirection) {
     EXPECT_EQ(covariance(flat.burst.pressure, flat.burst.pressure), 0.0);
 }
 
+// Of a burst shorter than its waves, whose surface is not at the mean level on the whole. The track is read a little later.
+TEST(Truth, RealisedHeightIsThatOfTheSurfaceAboutItsOwnMean) {
+    SeaState sea = testSea();
+    sea.pitch = 0.0;
+    sea.roll = 0.0;
+    const SimulatedBurst simulated =
+        simulateBurst(testInstrument(), sea, kNoFaults, 8, VelocitySystem::beam, 1);
+    const std::vector<float> &track = simulated.burst.surfaceTrack;
+    EXPECT_NEAR(simulated.truth.realisedHeight, 4.0 * std::sqrt(covariance(track, track)), 0.1);
+}
+
 } // namespace
 } // namespace orvik
