@@ -160,6 +160,8 @@ TEST_F(Follow, FilesThatAreNoNewBurstsAreLeftAlone) {
     arrive("a.nc", "05"); // once more
     std::ofstream(folder + "/.notes") << "text";
     fs::rename(folder + "/.notes", folder + "/notes.txt");
+    std::ofstream(folder + "/.junk") << "junk";
+    fs::rename(folder + "/.junk", folder + "/a.nc"); // all of its bursts are done
     arrive("b.nc", "06", {"--bursts", "3"});
     ASSERT_TRUE(RunningProgram::until([this] { return rows() >= 5; })) << contentOf(log);
     program.signal(SIGTERM);

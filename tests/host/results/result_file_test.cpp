@@ -3,6 +3,8 @@
 #include <fstream>
 #include <sstream>
 
+#include <sys/resource.h>
+
 #include <gtest/gtest.h>
 
 #include "host/burst/scratch_directory.hpp"
@@ -110,6 +112,20 @@ TEST_F(Results, SameBytesEveryTime) {
 TEST_F(Results, NothingIsLeftOfAnExportThatFails) {
     paths.json = directory.file("no/such/folder.json");
     EXPECT_THROW(::orvik::exportResults(waves, paths), ::orvik::UserError);
+    EXPECT_EQ(filesThere(), 1U);
+}
+
+// The last bytes are those that find the disk full.
+TEST_F(Results, TextsAreWholeOrNotThere) {
+    ASSERT_EQ(orvik({"convert", waves, "--json", paths.json}).exitCode, 0);
+    const auto size = std::filesystem::file_size(paths.json);
+    std::filesystem::remove(paths.json);
+    const Outcome outcome = orvik({"convert", waves, "--json", paths.json}, [size] {
+        const rlimit most{size - 1, size - 1};
+        setrlimit(RLIMIT_FSIZE, &most);
+    });
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(holds(outcome.errors, "cannot write " + paths.json)) << outcome.errors;
     EXPECT_EQ(filesThere(), 1U);
 }
 

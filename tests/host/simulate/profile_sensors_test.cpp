@@ -1,6 +1,7 @@
 // A profile's cells are point cells: what they hold is compared with a point instrument's cell at the same place.
 #include "simulate/profile_sensors.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -170,6 +171,33 @@ TEST(ProfileGeometry, ComponentsOfFourBeamsComeBackAsBeams) {
     Instrument flat = instrument;
     flat.beamAzimuth = {0.0, 0.0, 180.0, 180.0};
     EXPECT_THROW(beamsToAxes(flat), UserError);
+}
+
+// Still water and no current: what moves in a cell under the surface is the surface's own echo.
+TEST(ProfileSensors, TheSurfacesEchoShakesTheCellsItReaches) {
+    SeaState still = sea();
+    still.systems[0].significantHeight = 0.0001;
+    still.currentSpeed = 0.0;
+    Instrument instrument = profiler(3);
+    instrument.cellSize = 0.25;
+    instrument.profile = ProfileFacts{50, 0.5, 0.15, 2.0};
+    const Profile profile = record(instrument, still).profile.profile;
+    std::size_t reached = 0;
+    for (std::size_t cell = 0; cell < 50; ++cell) {
+        double most = 0.0;
+        for (std::size_t i = 0; i < kSamples; ++i) {
+            most = std::max(
+                most, std::abs(static_cast<double>(profile.velocity[profile.at(i, 0, cell)])));
+        }
+        const double correlation = meanCorrelation(profile, 0, cell);
+        if (correlation > 70.0) {
+            EXPECT_LT(most, 0.001) << cell;
+        } else if (correlation > 20.0) {
+            EXPECT_GT(most, 0.05) << cell;
+            ++reached;
+        }
+    }
+    EXPECT_GT(reached, 0U);
 }
 
 } // namespace
