@@ -68,6 +68,23 @@ TEST_F(Messages, DecimalCommas) {
         << outcome.errors;
 }
 
+TEST_F(Messages, WhatOfTheInputIsNotUsedIsNoted) {
+    const std::string table = directory.file("a.csv");
+    {
+        std::ofstream file(table);
+        file << "pressure,velocity_east,velocity_north\n";
+        for (int i = 0; i < 1030; ++i) {
+            file << 10.0 + 0.02 * (i * 7 % 11) << ",0.1,0.1\n";
+        }
+    }
+    const Outcome outcome =
+        orvik({"process", table, "-o", result, "--set", "sampling_rate=2", "--set", "cell_range=1",
+               "--burst-length", "1024", "--method", "1", "--quiet"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_TRUE(holds(outcome.errors, "orvik: note: 6 samples of " + table + " are left out"))
+        << outcome.errors;
+}
+
 TEST_F(Messages, BurstsAreCountedFrom0) {
     ASSERT_EQ(orvik({"process", sea, "-o", result, "--quiet"}).exitCode, 0);
     expect({"explain", result, "--burst", "-1"}, 2, "--burst -1: bursts are counted from 0");
