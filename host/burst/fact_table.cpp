@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 
+#include <fmt/format.h>
+
 namespace orvik {
 
 namespace {
@@ -120,8 +122,9 @@ std::string countText(const Fact &fact) {
 
 MissingFact::MissingFact(const std::string &name, const std::string &path,
                          const std::string &alternative)
-    : UserError(name + " is missing in " + path + ": give it with --set " + name + "=" +
-                findFact(name)->asked + alternative + "; orvik init lists all that is missing"),
+    : UserError(fmt::format("{0} is missing in {1}: give it with --set {0}={2}{3}; orvik init "
+                            "lists all that is missing",
+                            name, path, findFact(name)->asked, alternative)),
       fact_(name) {}
 
 void checkOverrides(const Overrides &overrides) {
@@ -136,9 +139,9 @@ void checkOverrides(const Overrides &overrides) {
             throw UsageError("--set " + name + ": no such value; known are " + known);
         }
         if (!fact->takes(parseNumbers(name, text).size())) {
-            throw UsageError("--set " + name + " takes " + countText(*fact) +
-                             (fact->least == 1 ? " number" : " numbers separated by commas") +
-                             ": " + name + "=" + fact->asked);
+            throw UsageError(fmt::format(
+                "--set {0} takes {1}{2}: {0}={3}", name, countText(*fact),
+                fact->least == 1 ? " number" : " numbers separated by commas", fact->asked));
         }
     }
 }

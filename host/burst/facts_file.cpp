@@ -67,7 +67,7 @@ Overrides readFacts(const std::string &path) {
                 known += known.empty() ? "" : ", ";
                 known += candidate.name;
             }
-            refuse(path, node, name + " is no fact; known are " + known);
+            refuse(path, node, fmt::format("{} is no fact; known are {}", name, known));
         }
         facts[name] = valueText(path, *fact, node);
         facts.factsFiles[name] = path;

@@ -62,20 +62,23 @@ bool isAmong(const std::vector<std::string> &names, const std::string &name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+void findFactsOf(const Burst &burst, std::size_t number, Findings &findings) {
+    const std::pair<const char *, double> told[] = {{"heading", burst.heading},
+                                                    {"pitch", burst.pitch},
+                                                    {"roll", burst.roll},
+                                                    {"time", burst.startTime}};
+    for (const auto &[name, value] : told) {
+        if (std::isfinite(value) && findings.known.count(name) == 0 &&
+            !isAmong(findings.missing, name)) {
+            findings.byBurst[name] = {{value}, fmt::format("burst {}", number)};
+        }
+    }
+}
+
 void findFactsOfBursts(const BurstSource &source, Findings &findings) {
     for (std::size_t i = 0; i < findings.bursts; ++i) {
         try {
-            const Burst burst = source.readBurst(i);
-            const std::pair<const char *, double> told[] = {{"heading", burst.heading},
-                                                            {"pitch", burst.pitch},
-                                                            {"roll", burst.roll},
-                                                            {"time", burst.startTime}};
-            for (const auto &[name, value] : told) {
-                if (std::isfinite(value) && findings.known.count(name) == 0 &&
-                    !isAmong(findings.missing, name)) {
-                    findings.byBurst[name] = {{value}, fmt::format("burst {}", i)};
-                }
-            }
+            findFactsOf(source.readBurst(i), i, findings);
             return;
         } catch (const UserError &) {
             continue; // processing will tell what is wrong with it

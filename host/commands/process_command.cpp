@@ -201,6 +201,23 @@ void runFollow(const ProcessOptions &options) {
     }
 }
 
+void processInputsOrFollow(const ProcessOptions &options) {
+    if (options.follow.empty() == options.inputs.empty()) {
+        throw UsageError(options.follow.empty()
+                             ? "what shall be processed? Name one or more files or a folder, "
+                               "or a folder to watch with --follow"
+                             : "--follow watches a folder: no other input can be given");
+    }
+    // A reader that went away, as `| head` does, ends the run in order: nothing unfinished stays under the
+    // output's name, and --resume goes on.
+    std::signal(SIGPIPE, SIG_IGN);
+    if (options.follow.empty()) {
+        runProcess(options);
+    } else {
+        runFollow(options);
+    }
+}
+
 void addSpectrumOptions(CLI::App &command, const std::shared_ptr<ProcessOptions> &options) {
     command.add_option("--freq-min", options->freqMin, "lowest frequency, Hz (0.02)")
         ->check(CLI::Range(0.001, 0.999));
@@ -223,6 +240,17 @@ void addSpectrumOptions(CLI::App &command, const std::shared_ptr<ProcessOptions>
             "--source", options->source,
             "elevation spectrum behind the parameters: pressure, velocity or best (methods 2 to 4)")
         ->check(CLI::IsMember({"pressure", "velocity", "best"}));
+}
+
+void addRunOptions(CLI::App &command, const std::shared_ptr<ProcessOptions> &options) {
+    command
+        .add_option("--threads", options->threads,
+                    "bursts processed at the same time (as many as the machine has processors)")
+        ->check(CLI::Range(1U, 1024U));
+    command.add_flag("--resume", options->resume,
+                     "go on with a run that was stopped: its finished bursts are kept");
+    command.add_flag("--dry-run", options->dryRun, "say what would be done, and do nothing");
+    command.add_flag("--table", options->table, "a line for every burst, of long deployments too");
 }
 
 } // namespace
@@ -260,14 +288,7 @@ void addProcessCommand(CLI::App &app) {
         ->check(CLI::Range(1.0, 100.0));
     command->add_flag("--going-to", options->goingTo,
                       "directions say where waves go to instead of come from");
-    command
-        ->add_option("--threads", options->threads,
-                     "bursts processed at the same time (as many as the machine has processors)")
-        ->check(CLI::Range(1U, 1024U));
-    command->add_flag("--resume", options->resume,
-                      "go on with a run that was stopped: its finished bursts are kept");
-    command->add_flag("--dry-run", options->dryRun, "say what would be done, and do nothing");
-    command->add_flag("--table", options->table, "a line for every burst, of long deployments too");
+    addRunOptions(*command, options);
     addExportOptions(*command, options->exports);
     command->add_flag("--timing", options->timing,
                       "at the end, where the time went and how much memory was used");
@@ -281,22 +302,7 @@ void addProcessCommand(CLI::App &app) {
         "  orvik process --follow incoming -o waves.nc\n"
         "\nExit codes: 0 done, 1 cannot be done, 2 wrong command line, 3 stopped (go on with "
         "--resume)");
-    command->callback([options] {
-        if (options->follow.empty() == options->inputs.empty()) {
-            throw UsageError(options->follow.empty()
-                                 ? "what shall be processed? Name one or more files or a folder, "
-                                   "or a folder to watch with --follow"
-                                 : "--follow watches a folder: no other input can be given");
-        }
-        // A reader that went away, as `| head` does, ends the run in order: nothing unfinished stays under the
-        // output's name, and --resume goes on.
-        std::signal(SIGPIPE, SIG_IGN);
-        if (options->follow.empty()) {
-            runProcess(*options);
-        } else {
-            runFollow(*options);
-        }
-    });
+    command->callback([options] { processInputsOrFollow(*options); });
 }
 
 } // namespace orvik

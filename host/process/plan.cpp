@@ -194,7 +194,7 @@ void refuseOutputOverInput(const ProcessOptions &options, const BurstSource &sou
 std::string identityOf(const Plan &plan) {
     std::string text;
     for (const auto &[name, value] : plan.layout.attributes) {
-        text += name + "=" + value + "\n";
+        text += fmt::format("{}={}\n", name, value);
     }
     return text + fmt::format("trough margin {}\n", plan.choices.troughMargin);
 }

@@ -1,5 +1,6 @@
 #include "process/progress.hpp"
 
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -16,7 +17,7 @@ constexpr std::size_t kLinesInARun = 10;
 constexpr std::chrono::milliseconds kBetweenDrawings{100};
 
 std::string clockText(double seconds) {
-    const auto whole = static_cast<long>(seconds + 0.5);
+    const long whole = std::lround(seconds);
     if (whole >= 3600) {
         return fmt::format("{} h {:02} min", whole / 3600, whole / 60 % 60);
     }

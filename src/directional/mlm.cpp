@@ -90,6 +90,15 @@ void eliminateColumn(WaveVariables &rec, int p, int n, Diagonal &d) {
     }
 }
 
+// Takes the part l * from off a complex row.
+void subtractPart(std::size_t count, double lRe, double lIm, const DirectionValues &fromRe,
+                  const DirectionValues &fromIm, DirectionValues &re, DirectionValues &im) {
+    for (std::size_t k = 0; k < count; ++k) {
+        re[k] -= lRe * fromRe[k] - lIm * fromIm[k];
+        im[k] -= lRe * fromIm[k] + lIm * fromRe[k];
+    }
+}
+
 // |L^-1 g|^2 for every direction, by forward substitution. A zero diagonal element drops its series. Directions are the
 // innermost loop: they do not depend on each other, so the compiler works on several at once.
 void whitenedPowers(const WaveVariables &rec, int n, int directions, DirectionValues &power) {
@@ -106,14 +115,9 @@ void whitenedPowers(const WaveVariables &rec, int n, int directions, DirectionVa
             std::copy_n(rec.transferRe[series], directions, re.data());
             std::copy_n(rec.transferIm[series], directions, im.data());
             for (int i = 0; i < j; ++i) {
-                const DirectionValues &fromRe = yRe[static_cast<std::size_t>(i)];
-                const DirectionValues &fromIm = yIm[static_cast<std::size_t>(i)];
-                const double lRe = rec.mlmMatrix[j][i];
-                const double lIm = rec.mlmMatrix[i][j];
-                for (std::size_t k = 0; k < count; ++k) {
-                    re[k] -= lRe * fromRe[k] - lIm * fromIm[k];
-                    im[k] -= lRe * fromIm[k] + lIm * fromRe[k];
-                }
+                const auto from = static_cast<std::size_t>(i);
+                subtractPart(count, rec.mlmMatrix[j][i], rec.mlmMatrix[i][j], yRe[from], yIm[from],
+                             re, im);
             }
             for (std::size_t k = 0; k < count; ++k) {
                 re[k] /= diagonal;
@@ -139,6 +143,22 @@ void normalise(double *distribution, int directions) {
     }
     if (directions > 0) {
         distribution[directions - 1] = distribution[0];
+    }
+}
+
+// Adds the waves of direction k to the packed matrix.
+void addDirection(WaveVariables &rec, int n, int k, double weight) {
+    for (int j = 0; j < n; ++j) {
+        const double xj = rec.transferRe[j][k];
+        const double yj = rec.transferIm[j][k];
+        for (int i = 0; i <= j; ++i) {
+            const double xi = rec.transferRe[i][k];
+            const double yi = rec.transferIm[i][k];
+            rec.mlmMatrix[j][i] += (xi * xj + yi * yj) * weight;
+            if (i != j) {
+                rec.mlmMatrix[i][j] += (xi * yj - yi * xj) * weight;
+            }
+        }
     }
 }
 
@@ -215,18 +235,7 @@ void computeModelCrossSpectra(WaveVariables &rec) {
     for (int k = 0; k < directions; ++k) {
         const double weight = rec.imlmWork[k];
         sum += weight;
-        for (int j = 0; j < n; ++j) {
-            const double xj = rec.transferRe[j][k];
-            const double yj = rec.transferIm[j][k];
-            for (int i = 0; i <= j; ++i) {
-                const double xi = rec.transferRe[i][k];
-                const double yi = rec.transferIm[i][k];
-                rec.mlmMatrix[j][i] += (xi * xj + yi * yj) * weight;
-                if (i != j) {
-                    rec.mlmMatrix[i][j] += (xi * yj - yi * xj) * weight;
-                }
-            }
-        }
+        addDirection(rec, n, k, weight);
     }
     for (int j = 0; j < n; ++j) {
         for (int i = 0; i < n; ++i) {
