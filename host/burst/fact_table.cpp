@@ -136,7 +136,7 @@ void checkOverrides(const Overrides &overrides) {
                 known += known.empty() ? "" : ", ";
                 known += candidate.name;
             }
-            throw UsageError("--set " + name + ": no such value; known are " + known);
+            throw UsageError(fmt::format("--set {}: no such value; known are {}", name, known));
         }
         if (!fact->takes(parseNumbers(name, text).size())) {
             throw UsageError(fmt::format(
