@@ -139,6 +139,8 @@ public:
     // deflated.
     int addVariable(const std::string &name, nc_type type, const std::vector<int> &dimensions,
                     const Attributes &attributes);
+    // What is compressed together, one length for each of the variable's dimensions.
+    void setChunks(int variable, const std::vector<std::size_t> &lengths);
     void setFill(int variable, unsigned short value);
     void setFill(int variable, short value);
     void setFill(int variable, int value);
@@ -148,6 +150,9 @@ public:
     void setIntegers(int variable, const std::string &attribute, const std::vector<int> &values);
     void endDefinitions();
 
+    // The values become those of the variable's type.
+    void write(int variable, const std::vector<std::size_t> &start,
+               const std::vector<std::size_t> &count, const std::vector<double> &values);
     void write(int variable, const std::vector<std::size_t> &start,
                const std::vector<std::size_t> &count, const std::vector<float> &values);
     void write(int variable, const std::vector<std::size_t> &start,
@@ -156,8 +161,9 @@ public:
                const std::vector<std::size_t> &count, const std::vector<unsigned char> &values);
     void write(int variable, const std::vector<std::size_t> &start,
                const std::vector<std::size_t> &count, const std::vector<short> &values);
+    void write(int variable, const std::vector<std::size_t> &start,
+               const std::vector<std::size_t> &count, const std::vector<std::string> &values);
     void write(int variable, const std::vector<std::size_t> &start, double value);
-    void write(int variable, const std::vector<std::size_t> &start, const std::string &value);
     void writeCharacters(int variable, const std::vector<std::size_t> &start,
                          const std::vector<std::size_t> &count, const std::string &characters);
     void writeScalar(int variable, double value) { write(variable, {}, value); }

@@ -81,6 +81,10 @@ int NcWriter::addVariable(const std::string &name, nc_type type, const std::vect
     return variable;
 }
 
+void NcWriter::setChunks(int variable, const std::vector<std::size_t> &lengths) {
+    check(nc_def_var_chunking(id_, variable, NC_CHUNKED, lengths.data()), "the header");
+}
+
 void NcWriter::setFill(int variable, unsigned short value) {
     check(nc_def_var_fill(id_, variable, NC_FILL, &value), "a fill value");
 }
@@ -112,6 +116,12 @@ void NcWriter::setIntegers(int variable, const std::string &attribute,
 void NcWriter::endDefinitions() { check(nc_enddef(id_), "the header"); }
 
 void NcWriter::write(int variable, const std::vector<std::size_t> &start,
+                     const std::vector<std::size_t> &count, const std::vector<double> &values) {
+    checkCount(count, values.size());
+    check(nc_put_vara_double(id_, variable, start.data(), count.data(), values.data()), "data");
+}
+
+void NcWriter::write(int variable, const std::vector<std::size_t> &start,
                      const std::vector<std::size_t> &count, const std::vector<float> &values) {
     checkCount(count, values.size());
     check(nc_put_vara_float(id_, variable, start.data(), count.data(), values.data()), "data");
@@ -137,14 +147,20 @@ void NcWriter::write(int variable, const std::vector<std::size_t> &start,
     check(nc_put_vara_short(id_, variable, start.data(), count.data(), values.data()), "data");
 }
 
-void NcWriter::write(int variable, const std::vector<std::size_t> &start, double value) {
-    check(nc_put_var1_double(id_, variable, start.data(), &value), "data");
+void NcWriter::write(int variable, const std::vector<std::size_t> &start,
+                     const std::vector<std::size_t> &count,
+                     const std::vector<std::string> &values) {
+    checkCount(count, values.size());
+    std::vector<const char *> texts;
+    texts.reserve(values.size());
+    for (const std::string &value : values) {
+        texts.push_back(value.c_str());
+    }
+    check(nc_put_vara_string(id_, variable, start.data(), count.data(), texts.data()), "data");
 }
 
-void NcWriter::write(int variable, const std::vector<std::size_t> &start,
-                     const std::string &value) {
-    const char *text = value.c_str();
-    check(nc_put_var1_string(id_, variable, start.data(), &text), "data");
+void NcWriter::write(int variable, const std::vector<std::size_t> &start, double value) {
+    check(nc_put_var1_double(id_, variable, start.data(), &value), "data");
 }
 
 void NcWriter::writeCharacters(int variable, const std::vector<std::size_t> &start,

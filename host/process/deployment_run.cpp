@@ -4,9 +4,9 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <thread>
+#include <tuple>
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -14,8 +14,8 @@
 
 #include <fmt/format.h>
 #include <tbb/enumerable_thread_specific.h>
+#include <tbb/flow_graph.h>
 #include <tbb/global_control.h>
-#include <tbb/parallel_pipeline.h>
 #include <tbb/task_arena.h>
 
 #include "process/journal.hpp"
@@ -80,12 +80,12 @@ public:
         }
     }
 
-    void process() {
+    void run() {
         const unsigned threads =
             run_.threads > 0 ? run_.threads : std::max(1U, std::thread::hardware_concurrency());
         const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, threads);
         tbb::task_arena arena(static_cast<int>(threads));
-        arena.execute([this, threads] { runPipeline(threads); });
+        arena.execute([this, threads] { runThreads(threads); });
     }
 
     void finish() {
@@ -104,41 +104,61 @@ private:
     using Runners = tbb::enumerable_thread_specific<std::unique_ptr<BurstRunner>>;
     using Item = std::shared_ptr<Work>;
 
-    // Reading and writing both go through the netCDF library, which serves one thread at a time.
-    void runPipeline(unsigned threads) {
+    // Reading and writing both go through the netCDF library, which serves one thread at a time: each burst that is
+    // written makes room for the next one, and while one thread does that, the others have bursts in store.
+    void runThreads(unsigned threads) {
+        namespace flow = tbb::flow;
         Runners runners(
             [this] { return std::make_unique<BurstRunner>(source_.instrument(), plan_.choices); });
-        const auto read = [this](tbb::flow_control &flow) -> Item {
-            if (next_ == source_.burstCount() || StopRequest::wanted()) {
-                flow.stop();
-                return {};
+        flow::graph graph;
+        using Files = flow::multifunction_node<Item, std::tuple<Item>>;
+        Files files(graph, flow::serial, [this](const Item &work, Files::output_ports_type &read) {
+            if (work) {
+                write(*work);
             }
-            const std::lock_guard<std::mutex> guard(files_);
-            const Stopwatch watch(reading_);
-            return readWork(source_, next_++);
-        };
-        const auto process = [this, &runners](Item work) {
-            const Stopwatch watch(processing_);
-            if (work->burst) {
-                work->row.result = runners.local()->run(*work->burst);
-                work->burst.reset();
+            if (const Item next = readNext()) {
+                std::get<0>(read).try_put(next);
             }
-            return work;
-        };
-        const auto write = [this](const Item &work) {
-            const std::lock_guard<std::mutex> guard(files_);
-            const Stopwatch watch(writing_);
-            journal_.append({work->row, {}});
-            keep(work->row);
-            progress_.advance();
-        };
+        });
+        flow::function_node<Item, Item> processor(graph, flow::unlimited,
+                                                  [this, &runners](const Item &work) {
+                                                      process(*work, *runners.local());
+                                                      return work;
+                                                  });
+        flow::sequencer_node<Item> order(
+            graph, [first = next_](const Item &work) { return work->row.burst - first; });
+        flow::make_edge(flow::output_port<0>(files), processor);
+        flow::make_edge(processor, order);
+        flow::make_edge(order, files);
         // In memory at once; profiles can be large.
-        const std::size_t burstsPerThread = source_.instrument().profile ? 1 : 2;
-        tbb::parallel_pipeline(
-            burstsPerThread * threads,
-            tbb::make_filter<void, Item>(tbb::filter_mode::serial_in_order, read) &
-                tbb::make_filter<Item, Item>(tbb::filter_mode::parallel, process) &
-                tbb::make_filter<Item, void>(tbb::filter_mode::serial_in_order, write));
+        const unsigned burstsPerThread = source_.instrument().profile ? 1 : 4;
+        for (unsigned i = 0; i < burstsPerThread * threads; ++i) {
+            files.try_put({});
+        }
+        graph.wait_for_all();
+    }
+
+    Item readNext() {
+        if (next_ == source_.burstCount() || StopRequest::wanted()) {
+            return {};
+        }
+        const Stopwatch watch(reading_);
+        return readWork(source_, next_++);
+    }
+
+    void process(Work &work, BurstRunner &runner) {
+        const Stopwatch watch(processing_);
+        if (work.burst) {
+            work.row.result = runner.run(*work.burst);
+            work.burst.reset();
+        }
+    }
+
+    void write(const Work &work) {
+        const Stopwatch watch(writing_);
+        journal_.append({work.row, {}});
+        keep(work.row);
+        progress_.advance();
     }
 
     void keep(const ResultRow &row) {
@@ -159,7 +179,6 @@ private:
     Journal journal_;
     ResultFileWriter writer_;
     Progress progress_;
-    std::mutex files_;
     std::size_t next_ = 0;
     std::size_t finished_ = 0;
     std::vector<BadBurst> bad_;
@@ -186,7 +205,7 @@ RunOutcome runDeployment(const BurstSource &source, const Plan &plan, const Depl
     const StopRequest stop;
     Deployment deployment(source, plan, run);
     deployment.takeFinished();
-    deployment.process();
+    deployment.run();
     if (deployment.finished() < source.burstCount()) {
         throw Stopped(fmt::format("stopped: {} of {} bursts are done and kept; go on with --resume",
                                   deployment.finished(), source.burstCount()));

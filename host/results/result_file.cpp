@@ -1,7 +1,9 @@
 #include "results/result_file.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "burst/burst_file.hpp"
 #include "netcdf/nc_file.hpp"
@@ -13,6 +15,10 @@ namespace {
 
 constexpr float kFill = std::numeric_limits<float>::quiet_NaN();
 constexpr int kNoSource = -1;
+
+// Bursts whose numbers and lines are written together: a call of the netCDF library costs more than they do. Their
+// directional spectra are large enough to be written one by one.
+constexpr std::size_t kBlock = 64;
 
 } // namespace
 
@@ -29,17 +35,27 @@ struct ResultFileWriter::Impl {
     void defineNotes();
     void defineSpectra();
     void writeAxes();
-    void writeTimes(std::size_t row, const ResultRow &burst);
-    void writeParameters(std::size_t row, const ResultRow &burst);
-    void writeSpectra(std::size_t row, const ResultRow &burst);
-    void writeTrackSpectrum(std::size_t row, const BurstResult &result);
-    void writeDistribution(std::size_t row, const BurstResult &result);
+    void writeBlock();
+    void writeTimes();
+    void writeParameters();
+    void writeFlags();
+    void writeNotes();
+    void writeSpectra();
+    void writeTrackSpectrum();
+    void writeDistribution(const BurstResult &result); // of the burst behind those in the block
+
+    // A variable's values, one or `perRow` of each burst in the block.
+    template <typename ValueOf> void writeEach(int variable, const ValueOf &valueOf);
+    template <typename ValueOf>
+    void writeLines(int variable, std::size_t perRow, const ValueOf &valueOf);
+
     [[nodiscard]] bool hasPlace() const {
         return std::isfinite(layout.longitude) && std::isfinite(layout.latitude);
     }
 
     NcWriter file;
     ResultLayout layout;
+    std::vector<ResultRow> block; // in the file only with their directional spectra
     std::size_t written = 0;
     int timeDimension = -1;
     int freqDimension = -1;
@@ -85,6 +101,7 @@ void ResultFileWriter::Impl::defineTimes() {
                              {"long_name", "start of the burst"}});
     // Bounds have the attributes of what they bound.
     bounds = file.addVariable("time_bnds", NC_DOUBLE, {timeDimension, boundsDimension}, {});
+    file.setChunks(bounds, {kBlock, 2});
     burst =
         addData("burst", NC_INT, {timeDimension},
                 {{"units", "1"}, {"long_name", "place of the burst in the burst file, from 0"}});
@@ -167,11 +184,13 @@ void ResultFileWriter::Impl::defineSpectra() {
     for (const Spectrum &spectrum : spectra()) {
         series.push_back(addData(spectrum.text.name, NC_FLOAT, {timeDimension, freqDimension},
                                  describe(spectrum.text, layout.comingFrom)));
+        file.setChunks(series.back(), {kBlock, layout.frequencies.size()});
     }
     trackSpectrum =
         addData("variance_density_surface_track", NC_FLOAT, {timeDimension, fineDimension},
                 describe({"variance_density_surface_track", "m2 s", kDensityName,
                           "elevation spectrum from the surface track"}));
+    file.setChunks(trackSpectrum, {kBlock, layout.fineFrequencies.size()});
     distribution = addData(
         "efth", NC_FLOAT, {timeDimension, freqDimension, dirDimension},
         describe({"efth", "m2 s degree-1", "sea_surface_wave_directional_variance_spectral_density",
@@ -196,68 +215,124 @@ void ResultFileWriter::Impl::writeAxes() {
     }
 }
 
-void ResultFileWriter::Impl::writeTimes(std::size_t row, const ResultRow &result) {
-    file.write(time, {row}, result.startTime);
-    file.write(bounds, {row, 0}, result.startTime);
-    file.write(bounds, {row, 1}, result.startTime + result.facts.duration);
-    file.write(burst, {row}, static_cast<double>(result.burst));
+template <typename ValueOf>
+void ResultFileWriter::Impl::writeEach(int variable, const ValueOf &valueOf) {
+    std::vector<std::decay_t<decltype(valueOf(block.front()))>> column;
+    column.reserve(block.size());
+    for (const ResultRow &row : block) {
+        column.push_back(valueOf(row));
+    }
+    file.write(variable, {written}, {block.size()}, column);
 }
 
-void ResultFileWriter::Impl::writeParameters(std::size_t row, const ResultRow &result) {
-    const bool processed = result.result.processed;
+template <typename ValueOf>
+void ResultFileWriter::Impl::writeLines(int variable, std::size_t perRow, const ValueOf &valueOf) {
+    std::vector<float> column;
+    column.reserve(block.size() * perRow);
+    for (const ResultRow &row : block) {
+        for (std::size_t i = 0; i < perRow; ++i) {
+            column.push_back(valueOf(row, i));
+        }
+    }
+    file.write(variable, {written, 0}, {block.size(), perRow}, column);
+}
+
+void ResultFileWriter::Impl::writeTimes() {
+    writeEach(time, [](const ResultRow &row) { return row.startTime; });
+    writeEach(burst, [](const ResultRow &row) { return static_cast<double>(row.burst); });
+    std::vector<double> both;
+    for (const ResultRow &row : block) {
+        both.push_back(row.startTime);
+        both.push_back(row.startTime + row.facts.duration);
+    }
+    file.write(bounds, {written, 0}, {block.size(), 2}, both);
+}
+
+void ResultFileWriter::Impl::writeParameters() {
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Parameter &parameter = parameters()[i];
-        const bool told = processed || parameter.ofRejectedBursts;
-        file.write(values[i], {row}, told ? parameter.value(result, layout) : kUnknown);
+        writeEach(values[i], [&](const ResultRow &row) {
+            const bool told = row.result.processed || parameter.ofRejectedBursts;
+            return told ? parameter.value(row, layout) : kUnknown;
+        });
     }
     for (std::size_t i = 0; i < truth.size(); ++i) {
-        const Truth truths = result.truth.value_or(Truth{});
-        file.write(truth[i], {row}, truths.*kTruthVariables[i].field);
+        writeEach(truth[i], [&](const ResultRow &row) {
+            return row.truth.value_or(Truth{}).*kTruthVariables[i].field;
+        });
     }
-    const orvikbase::WaveParameters &waves = result.result.waves;
-    file.write(flags, {row}, processed ? waves.qualityFlags : OV_FLAG_NO_RESULT);
-    file.write(source, {row}, processed ? static_cast<double>(waves.spectrumSource) : kNoSource);
-    std::string remarks;
-    for (const std::string &note : result.result.notes) {
-        remarks += (remarks.empty() ? "" : "; ") + note;
-    }
-    file.write(rejection, {row}, result.result.reason);
-    file.write(notes, {row}, remarks);
 }
 
-void ResultFileWriter::Impl::writeSpectra(std::size_t row, const ResultRow &result) {
-    const std::size_t count = layout.frequencies.size();
+void ResultFileWriter::Impl::writeFlags() {
+    writeEach(flags, [](const ResultRow &row) {
+        const BurstResult &result = row.result;
+        return static_cast<double>(result.processed ? result.waves.qualityFlags
+                                                    : OV_FLAG_NO_RESULT);
+    });
+    writeEach(source, [](const ResultRow &row) {
+        const BurstResult &result = row.result;
+        return result.processed ? static_cast<double>(result.waves.spectrumSource) : kNoSource;
+    });
+}
+
+void ResultFileWriter::Impl::writeNotes() {
+    writeEach(rejection, [](const ResultRow &row) { return row.result.reason; });
+    writeEach(notes, [](const ResultRow &row) {
+        std::string remarks;
+        for (const std::string &note : row.result.notes) {
+            remarks += (remarks.empty() ? "" : "; ") + note;
+        }
+        return remarks;
+    });
+}
+
+void ResultFileWriter::Impl::writeSpectra() {
     for (std::size_t s = 0; s < series.size(); ++s) {
         const Spectrum &spectrum = spectra()[s];
-        std::vector<float> line(count, kFill);
-        for (std::size_t i = 0; result.result.processed && i < count; ++i) {
-            const float value = spectrum.value(result, layout, i);
-            line[i] = spectrum.isDensity ? densityOrFill(value) : presentOrFill(value);
-        }
-        file.write(series[s], {row, 0}, {1, count}, line);
+        writeLines(series[s], layout.frequencies.size(), [&](const ResultRow &row, std::size_t i) {
+            if (!row.result.processed) {
+                return kFill;
+            }
+            const float value = spectrum.value(row, layout, i);
+            return spectrum.isDensity ? densityOrFill(value) : presentOrFill(value);
+        });
     }
 }
 
-void ResultFileWriter::Impl::writeTrackSpectrum(std::size_t row, const BurstResult &result) {
-    std::vector<float> line(layout.fineFrequencies.size(), kFill);
-    for (std::size_t i = 0; hasTrackSpectrum(result) && i < line.size(); ++i) {
-        line[i] = densityOrFill(result.spectra.trackEnergy()[i]);
-    }
-    file.write(trackSpectrum, {row, 0}, {1, line.size()}, line);
+void ResultFileWriter::Impl::writeTrackSpectrum() {
+    writeLines(
+        trackSpectrum, layout.fineFrequencies.size(), [](const ResultRow &row, std::size_t i) {
+            return hasTrackSpectrum(row.result) ? densityOrFill(row.result.spectra.trackEnergy()[i])
+                                                : kFill;
+        });
 }
 
-void ResultFileWriter::Impl::writeDistribution(std::size_t row, const BurstResult &result) {
+void ResultFileWriter::Impl::writeDistribution(const BurstResult &result) {
     const std::size_t count = layout.frequencies.size();
     const std::size_t directions = layout.directions;
-    std::vector<float> grid(count * directions, kFill);
     const float binWidth = 360.0F / static_cast<float>(directions);
+    std::vector<float> grid(count * directions, kFill);
     for (std::size_t i = 0; result.processed && i < count; ++i) {
         for (std::size_t k = 0; k < directions; ++k) {
             const float weight = presentOrFill(result.directionWeights.at(i * directions + k));
             grid[i * directions + k] = densityOrFill(result.energy[i]) * weight / binWidth;
         }
     }
-    file.write(distribution, {row, 0, 0}, {1, count, directions}, grid);
+    file.write(distribution, {written + block.size(), 0, 0}, {1, count, directions}, grid);
+}
+
+void ResultFileWriter::Impl::writeBlock() {
+    if (block.empty()) {
+        return;
+    }
+    writeTimes();
+    writeParameters();
+    writeFlags();
+    writeNotes();
+    writeSpectra();
+    writeTrackSpectrum();
+    written += block.size();
+    block.clear();
 }
 
 ResultFileWriter::ResultFileWriter(const std::string &path, const ResultLayout &layout)
@@ -280,17 +355,21 @@ ResultFileWriter::ResultFileWriter(const std::string &path, const ResultLayout &
 ResultFileWriter::~ResultFileWriter() = default;
 
 void ResultFileWriter::append(const ResultRow &row) {
-    const std::size_t at = impl_->written;
-    impl_->writeTimes(at, row);
-    impl_->writeParameters(at, row);
-    impl_->writeSpectra(at, row);
-    impl_->writeTrackSpectrum(at, row.result);
-    impl_->writeDistribution(at, row.result);
-    ++impl_->written;
+    impl_->writeDistribution(row.result);
+    impl_->block.push_back(row);
+    if (impl_->block.size() == kBlock) {
+        impl_->writeBlock();
+    }
 }
 
-void ResultFileWriter::publish() { impl_->file.publish(); }
+void ResultFileWriter::publish() {
+    impl_->writeBlock();
+    impl_->file.publish();
+}
 
-void ResultFileWriter::commit() { impl_->file.commit(); }
+void ResultFileWriter::commit() {
+    impl_->writeBlock();
+    impl_->file.commit();
+}
 
 } // namespace orvik

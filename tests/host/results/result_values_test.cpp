@@ -134,6 +134,66 @@ TEST_F(ResultValues, CheckRatio) {
     EXPECT_EQ(burst.spectrum("check_ratio").at(20), 0.75);
 }
 
+// Bursts are written many at a time, and those of a deployment that still goes on can be read in between.
+TEST_F(ResultValues, EachOfManyBurstsKeepsItsOwn) {
+    constexpr std::size_t kFrequency = 20;
+    constexpr std::size_t kDirection = 3;
+    orvik::BurstRunner runner(instrument_, choices_);
+    const orvik::ResultLayout layout = orvik::test::sampleLayout(runner, instrument_);
+    ResultRow row;
+    row.facts = orvik::factsOf(orvik::test::sampleBurst(instrument_, 0), instrument_);
+    row.result = runner.run(orvik::test::sampleBurst(instrument_, 0));
+    row.result.directionWeights.at(kFrequency * layout.directions + kDirection) = 0.25F;
+
+    orvik::ResultFileWriter writer(path_, layout);
+    std::size_t written = 0;
+    const auto write = [&](std::size_t count) {
+        for (; written < count; ++written) {
+            const auto number = static_cast<float>(written);
+            row.burst = written + 7;
+            row.startTime = 3600.0 * number;
+            row.result.processed = written % 10 != 9;
+            row.result.reason = row.result.processed ? "" : "reason " + std::to_string(written);
+            row.result.notes = {"note " + std::to_string(written)};
+            row.result.waves.significantHeight = number;
+            row.result.energy.at(kFrequency) = number;
+            writer.append(row);
+        }
+    };
+    const auto check = [&] {
+        const ResultReader results(path_);
+        ASSERT_EQ(results.burstCount(), written);
+        for (std::size_t i = 0; i < written; ++i) {
+            const StoredBurst burst = results.read(i);
+            const auto number = static_cast<double>(i);
+            EXPECT_EQ(burst.burst, i + 7);
+            EXPECT_EQ(burst.startTime, 3600.0 * number);
+            EXPECT_EQ(burst.processingNotes, "note " + std::to_string(i));
+            if (i % 10 == 9) {
+                EXPECT_EQ(burst.rejectionReason, "reason " + std::to_string(i));
+                EXPECT_TRUE(std::isnan(burst.value("hm0")));
+                EXPECT_TRUE(std::isnan(burst.spectrum("variance_density").at(kFrequency)));
+                continue;
+            }
+            EXPECT_EQ(burst.rejectionReason, "");
+            EXPECT_EQ(burst.value("hm0"), number);
+            EXPECT_EQ(burst.spectrum("variance_density").at(kFrequency), number);
+            const std::size_t place = kFrequency * layout.directions + kDirection;
+            EXPECT_FLOAT_EQ(static_cast<float>(burst.efth.at(place)),
+                            static_cast<float>(number) * 0.25F / 4.0F);
+        }
+    };
+    write(70);
+    writer.publish();
+    check();
+    write(200);
+    writer.publish();
+    check();
+    write(201);
+    writer.commit();
+    check();
+}
+
 // Whatever spectrum they are of.
 TEST_F(ResultValues, DensitiesBelowZeroAreRaisedAndCounted) {
     const double before = stored([](ResultRow &) {}).value("raised_densities");
