@@ -148,6 +148,9 @@ std::string valueText(const std::vector<double> &values) {
     return fmt::format("[{}]", fmt::join(values, ", "));
 }
 
+// Of an angle or an instant, which has ten digits before the point.
+std::string thousandths(double value) { return fmt::format("{}", std::round(value * 1e3) / 1e3); }
+
 // What is there already, as lines to be corrected.
 std::string foundText(const Findings &findings) {
     std::string text = "\n# Found in the data; tell them here only to correct them:\n";
@@ -161,10 +164,10 @@ std::string foundText(const Findings &findings) {
     for (const Fact &fact : factTable()) {
         const auto known = findings.byBurst.find(fact.name);
         if (known != findings.byBurst.end() && !isAmong(findings.useless, fact.name)) {
-            const double value = known->second.values.front();
-            text += fmt::format("\n# {}{}; told for every burst, in {} it is {:g}\n# {} = {:g}\n",
-                                fact.why, unitText(fact), known->second.origin, value, fact.name,
-                                value);
+            const std::string value = thousandths(known->second.values.front());
+            text +=
+                fmt::format("\n# {}{}; told for every burst, in {} it is {}\n# {} = {}\n", fact.why,
+                            unitText(fact), known->second.origin, value, fact.name, value);
         }
     }
     return text;

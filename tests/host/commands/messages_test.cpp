@@ -123,4 +123,14 @@ TEST_F(Messages, InitKnowsWhatIsToldBurstByBurst) {
     EXPECT_TRUE(holds(text, "# longitude = "));
 }
 
+// A line of the facts file says what the data say once its # is taken away.
+TEST_F(Messages, InitTellsTheStartToTheSecond) {
+    ASSERT_EQ(orvik({"simulate", "-o", sea, "--bursts", "1", "--samples", "512", "--start",
+                     "2008-09-08T12:34:56Z"})
+                  .exitCode,
+              0);
+    EXPECT_TRUE(holds(orvik({"init", sea, "-o", "-"}).output,
+                      "in burst 0 it is 1220877296\n# time = 1220877296\n"));
+}
+
 } // namespace
