@@ -42,7 +42,7 @@ std::string difference(const char *name, double left, double right) {
     constexpr double kSame = 1e-6;
     const bool same = (std::isnan(left) && std::isnan(right)) ||
                       std::abs(left - right) <= kSame * std::max(1.0, std::abs(left));
-    return same ? "" : fmt::format("{} ({:g} and {:g})", name, left, right);
+    return same ? "" : fmt::format("{} ({} and {})", name, left, right);
 }
 
 // What is not the same in both; empty when nothing is.
