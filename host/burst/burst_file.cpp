@@ -337,10 +337,7 @@ void BurstFileReader::requireAttitude() const {
 }
 
 void BurstFileReader::requireBeams() const {
-    if (!impl_->instrument.beamToXyz && impl_->instrument.beamAzimuth.empty()) {
-        throw MissingFact("beam_to_xyz", impl_->file.path(),
-                          ", or the azimuths with --set beam_azimuth");
-    }
+    requireBeamsOf(impl_->instrument, impl_->file.path());
 }
 
 double BurstFileReader::startTime(std::size_t index) const {

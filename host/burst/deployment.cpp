@@ -65,9 +65,7 @@ Layout recognised(const std::string &path) {
 std::vector<std::string> filesOf(const std::filesystem::path &folder) {
     std::vector<std::string> found;
     for (const auto &entry : std::filesystem::directory_iterator(folder)) {
-        const std::string extension = entry.path().extension().string();
-        if (entry.is_regular_file() &&
-            (extension == ".nc" || extension == ".nc4" || extension == ".csv")) {
+        if (entry.is_regular_file() && isBurstFileName(entry.path())) {
             found.push_back(entry.path().string());
         }
     }
@@ -113,6 +111,12 @@ std::vector<std::string> layoutNames() {
         names.emplace_back(layout.name);
     }
     return names;
+}
+
+bool isBurstFileName(const std::filesystem::path &path) {
+    const std::string extension = path.extension().string();
+    return !path.filename().string().starts_with(".") &&
+           (extension == ".nc" || extension == ".nc4" || extension == ".csv");
 }
 
 std::vector<std::string> deploymentFiles(const std::vector<std::string> &paths) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +24,9 @@ struct DeploymentOptions {
 
 // What `--layout` takes.
 std::vector<std::string> layoutNames();
+
+// Whether a file in a folder of bursts is one of them, by its name. Hidden files are still being written, or not the user's.
+bool isBurstFileName(const std::filesystem::path &path);
 
 // The files that `paths` name: folders stand for the files in them, by name.
 std::vector<std::string> deploymentFiles(const std::vector<std::string> &paths);

@@ -59,6 +59,9 @@ public:
         return static_cast<int>(value);
     }
 
+    [[nodiscard]] bool isGiven(const std::string &name) const {
+        return sources_.overrides.count(name) != 0;
+    }
     [[nodiscard]] std::string where(const std::string &name) const {
         const auto &files = sources_.overrides.factsFiles;
         if (const auto told = files.find(name); told != files.end()) {
@@ -127,15 +130,24 @@ void readBeams(const FactReader &reader, Instrument &instrument) {
     }
 }
 
-// The range to the measurement cell, directly or from the heights of cell and head above the bed.
+// The range to the measurement cell, directly or from the heights of cell and head above the bed. A height that the user
+// gives corrects the data's range.
 void readCell(const FactReader &reader, Instrument &instrument) {
     double height = kUnknown;
     reader.number("velocity_height_above_bed", height);
-    if (std::isfinite(height)) {
+    reader.positive("cell_range", instrument.cellRange);
+    const bool corrected =
+        reader.isGiven("velocity_height_above_bed") && !reader.isGiven("cell_range");
+    if (std::isfinite(height) && (corrected || !std::isfinite(instrument.cellRange))) {
+        if (height <= instrument.pressureHeight) {
+            throw UserError("velocity_height_above_bed" +
+                            reader.where("velocity_height_above_bed") +
+                            " must be more than pressure_sensor_height_above_bed; of a head that "
+                            "looks down give cell_range instead");
+        }
         const double slant = instrument.slantAngle * kRadiansPerDegree;
         instrument.cellRange = (height - instrument.pressureHeight) / std::cos(slant);
     }
-    reader.positive("cell_range", instrument.cellRange);
     reader.positive("cell_size", instrument.cellSize);
 }
 
@@ -276,6 +288,13 @@ Instrument readProfileInstrument(const FactSources &sources, std::size_t beams, 
     reader.number("surface_track_time_offset", instrument.profile->trackTimeOffset);
     reader.positive("ambiguity_velocity", instrument.profile->ambiguityVelocity);
     return instrument;
+}
+
+void requireBeamsOf(const Instrument &instrument, const std::string &path) {
+    if (!instrument.beamToXyz && instrument.beamAzimuth.empty()) {
+        throw MissingFact("beam_azimuth", path,
+                          instrument.beams == 3 ? ", or the matrix with --set beam_to_xyz" : "");
+    }
 }
 
 void correctPressure(const FactSources &sources, std::vector<float> &pressure) {

@@ -26,6 +26,9 @@ Instrument readInstrument(const FactSources &sources);
 // The same of a profile instrument, which needs its cells' size too.
 Instrument readProfileInstrument(const FactSources &sources, std::size_t beams, std::size_t cells);
 
+// Throws when it is not known where the beams point.
+void requireBeamsOf(const Instrument &instrument, const std::string &path);
+
 // Takes from a series of pressures what is not the water's: the fact air_pressure, the shift to pressure_mean.
 void correctPressure(const FactSources &sources, std::vector<float> &pressure);
 

@@ -118,11 +118,7 @@ void LayoutSource::requireAttitude() const {
     }
 }
 
-void LayoutSource::requireBeams() const {
-    if (!instrument_.beamToXyz && instrument_.beamAzimuth.empty()) {
-        throw MissingFact("beam_azimuth", data_->path(), ", or the matrix with --set beam_to_xyz");
-    }
-}
+void LayoutSource::requireBeams() const { requireBeamsOf(instrument_, data_->path()); }
 
 double LayoutSource::startTime(std::size_t index) const {
     const auto given = overrideNumbers(overrides_, "time");

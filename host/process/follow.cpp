@@ -15,6 +15,7 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include "burst/deployment.hpp"
 #include "process/journal.hpp"
 #include "process/stop_request.hpp"
 #include "user_error.hpp"
@@ -22,13 +23,6 @@
 namespace orvik {
 
 namespace {
-
-// Hidden files are still being written, or not the user's.
-bool isBurstFile(const std::filesystem::path &path) {
-    const std::string extension = path.extension().string();
-    return !path.filename().string().starts_with(".") &&
-           (extension == ".nc" || extension == ".csv");
-}
 
 class FolderWatch {
 public:
@@ -49,7 +43,7 @@ public:
     [[nodiscard]] std::vector<std::string> present() const {
         std::vector<std::string> files;
         for (const auto &entry : std::filesystem::directory_iterator(folder_)) {
-            if (entry.is_regular_file() && isBurstFile(entry.path())) {
+            if (entry.is_regular_file() && isBurstFileName(entry.path())) {
                 files.push_back(entry.path().string());
             }
         }
@@ -75,7 +69,7 @@ public:
             const std::string name =
                 event.len > 0 ? std::string(buffer.data() + at + sizeof event) : std::string();
             const auto path = std::filesystem::path(folder_) / name;
-            if (!name.empty() && isBurstFile(path)) {
+            if (!name.empty() && isBurstFileName(path)) {
                 files.push_back(path.string());
             }
             at += static_cast<ssize_t>(sizeof event + event.len);
@@ -99,17 +93,19 @@ public:
             finished_.count(name) != 0) {
             return;
         }
+        std::unique_ptr<BurstSource> source;
+        Plan plan;
         try {
-            const auto source = run_.open(path);
-            start(*source);
-            processFile(*source, name);
+            source = run_.open(path);
+            plan = planOf(*source);
         } catch (const UserError &error) {
-            if (dynamic_cast<const WriteError *>(&error) != nullptr) {
-                throw;
-            }
             run_.onBadFile(path, error.what());
             return;
         }
+        if (!plan_) {
+            start(*source, plan); // what fails here would for every file
+        }
+        processFile(*source, name);
         if (fresh_) {
             writer_->publish();
             fresh_ = false;
@@ -123,27 +119,22 @@ public:
     }
 
 private:
-    // What makes bursts comparable; a file that differs here is not of this deployment.
-    static std::string deploymentOf(const Plan &plan) {
-        return plan.layout.attributes.at("instrument") +
-               plan.layout.attributes.at("processing_parameters");
-    }
-
-    void start(const BurstSource &source) {
+    // A file for which anything but its name is different is not of this deployment.
+    Plan planOf(const BurstSource &source) const {
         Plan plan = run_.plan(source);
         plan.layout.attributes["burst_file"] = "files of a folder, as they arrived";
         plan.layout.attributes.erase("burst_file_sha256");
-        if (plan_) {
-            if (deploymentOf(plan) != deploymentOf(*plan_)) {
-                throw UserError(
-                    "it is of another instrument or setting than the files before it: " +
-                    plan.layout.attributes.at("instrument"));
-            }
-            return;
+        if (plan_ && identityOf(plan) != identityOf(*plan_)) {
+            throw UserError("it is of another instrument or setting than the files before it: " +
+                            plan.layout.attributes.at("instrument"));
         }
+        return plan;
+    }
+
+    void start(const BurstSource &source, const Plan &plan) {
         plan_ = std::make_unique<Plan>(plan);
         run_.onStart(*plan_);
-        journal_ = std::make_unique<Journal>(run_.output, deploymentOf(plan), run_.resume);
+        journal_ = std::make_unique<Journal>(run_.output, identityOf(plan), run_.resume);
         writer_ = std::make_unique<ResultFileWriter>(run_.output, plan.layout);
         runner_ = std::make_unique<BurstRunner>(source.instrument(), plan.choices);
         for (std::size_t i = 0; i < journal_->rowCount(); ++i) {

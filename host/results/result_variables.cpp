@@ -63,6 +63,14 @@ double raisedDensities(const BurstResult &result) {
     return static_cast<double>(raised);
 }
 
+// The library reports a direction beyond the aliasing limit too, where there is none; the coefficients are missing there.
+BinValue ofDirections(std::span<const float> (orvikbase::Spectra::*values)() const noexcept) {
+    return fromResult([values](const BurstResult &result, std::size_t bin) {
+        const float coefficient = result.spectra.get()->coefP[bin];
+        return coefficient == OV_MISSING ? coefficient : (result.spectra.*values)()[bin];
+    });
+}
+
 float wavenumber(const ResultRow &row, const ResultLayout &layout, std::size_t bin) {
     const double depth = waterDepth(row, layout);
     if (!(depth > 0.0)) {
@@ -130,8 +138,8 @@ const std::vector<Spectrum> &spectra() {
         {{"variance_density", "m2 s", kDensityName, "elevation spectrum behind the wave parameters"}, fromResult([](const BurstResult &r, std::size_t i) { return r.energy.at(i); }), true},
         {{"variance_density_pressure", "m2 s", kDensityName, "elevation spectrum from pressure"}, fromResult([](const BurstResult &r, std::size_t i) { return r.spectra.pressureEnergy()[i]; }), true},
         {{"variance_density_velocity", "m2 s", kDensityName, "elevation spectrum from velocity"}, fromResult([](const BurstResult &r, std::size_t i) { return r.spectra.velocityEnergy()[i]; }), true},
-        {{"direction", "degree", "sea_surface_wave_from_direction", "mean wave direction by frequency"}, fromResult([](const BurstResult &r, std::size_t i) { return r.spectra.direction()[i]; })},
-        {{"spread", "degree", "sea_surface_wave_directional_spread", "directional spread by frequency"}, fromResult([](const BurstResult &r, std::size_t i) { return r.spectra.spread()[i]; })},
+        {{"direction", "degree", "sea_surface_wave_from_direction", "mean wave direction by frequency"}, ofDirections(&orvikbase::Spectra::direction)},
+        {{"spread", "degree", "sea_surface_wave_directional_spread", "directional spread by frequency"}, ofDirections(&orvikbase::Spectra::spread)},
         {{"a1", "1", "", "mean cosine of the direction that waves come from, clockwise from north"}, fromResult([](const BurstResult &r, std::size_t i) { return float{r.spectra.get()->coefP[i]}; })},
         {{"b1", "1", "", "mean sine of the direction that waves come from, clockwise from north"}, fromResult([](const BurstResult &r, std::size_t i) { return float{r.spectra.get()->coefQ[i]}; })},
         {{"a2", "1", "", "mean cosine of twice that direction"}, fromResult([](const BurstResult &r, std::size_t i) { return float{r.spectra.get()->coefR[i]}; })},

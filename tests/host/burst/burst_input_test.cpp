@@ -208,6 +208,25 @@ TEST_F(BurstInput, CellRangeFromHeightsAboveTheBed) {
     EXPECT_NEAR(BurstFileReader(path, {}).instrument().cellRange, 1.68, 1e-9);
 }
 
+TEST_F(BurstInput, AGivenHeightOfTheCellCorrectsTheRangeOfTheData) {
+    {
+        NcSketch file(path);
+        base(file);
+        file.scalar("cell_range", "m", 9.0).scalar("velocity_height_above_bed", "m", 8.0);
+        file.scalar("pressure_sensor_height_above_bed", "m", 1.0);
+        file.scalar("beam_slant_angle", "degree", 60.0);
+    }
+    const auto rangeWith = [this](const Overrides &overrides) {
+        return BurstFileReader(path, overrides).instrument().cellRange;
+    };
+    EXPECT_NEAR(rangeWith({}), 9.0, 1e-9);
+    EXPECT_NEAR(rangeWith({{"velocity_height_above_bed", "3"}}), 4.0, 1e-9);
+    EXPECT_NEAR(rangeWith({{"velocity_height_above_bed", "3"}, {"cell_range", "6"}}), 6.0, 1e-9);
+    expectMessage({"velocity_height_above_bed (given with --set) must be more than",
+                   "pressure_sensor_height_above_bed"},
+                  {{"velocity_height_above_bed", "1"}});
+}
+
 TEST_F(BurstInput, MatrixByColumnsIsTurned) {
     {
         NcSketch file(path);

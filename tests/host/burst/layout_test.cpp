@@ -152,6 +152,7 @@ TEST_F(Layouts, CsvOfOneFileOrAFolder) {
     std::filesystem::create_directory(folder);
     writeCsv(folder + "/b.csv", truth, 0, 1); // the names are not in time order
     writeCsv(folder + "/a.csv", truth, 1, 1);
+    std::ofstream(folder + "/._a.csv") << "not the user's";
     const auto source = openDeployment({folder}, options);
     EXPECT_EQ(source->files(), (std::vector<std::string>{folder + "/b.csv", folder + "/a.csv"}));
     expectSame(truth, *source, 4, 1e-4);

@@ -196,6 +196,27 @@ TEST_F(ProfileFile, WhatDoesNotFitIsNamed) {
     expectMessage("(burst, sample, other, cell)");
 }
 
+// A matrix of nine numbers says where three beams point, not where four do.
+TEST_F(ProfileFile, FourBeamsNeedTheirAzimuths) {
+    for (const std::size_t beams : {std::size_t{3}, std::size_t{4}}) {
+        std::filesystem::remove(path);
+        {
+            NcSketch file(path);
+            base(file, beams);
+            file.variable("velocity_beam", {"burst", "sample", "beam", "cell"}, "m s-1",
+                          numbers(2 * kSamples * kCells * beams));
+        }
+        try {
+            BurstFileReader(path, {}).requireBeams();
+            FAIL() << "nobody said where the beams point";
+        } catch (const MissingFact &error) {
+            EXPECT_EQ(error.fact(), "beam_azimuth");
+            const std::string message = error.what();
+            EXPECT_EQ(message.find("beam_to_xyz") != std::string::npos, beams == 3) << message;
+        }
+    }
+}
+
 TEST_F(ProfileFile, CellsWithoutASizeOrCellsWithoutProfiles) {
     {
         NcSketch file(path);

@@ -117,7 +117,7 @@ TEST_F(BadInput, MissingFactsNameFileAndOption) {
     const Outcome second = orvik({"process", bare, "-o", result, "--set", "heading=0", "--set",
                                   "pitch=0", "--set", "roll=0"});
     EXPECT_EQ(second.exitCode, 1);
-    EXPECT_TRUE(holds(second.errors, "beam_to_xyz is missing")) << second.errors;
+    EXPECT_TRUE(holds(second.errors, "beam_azimuth is missing")) << second.errors;
     EXPECT_TRUE(holds(second.errors, "--set beam_azimuth"));
     EXPECT_FALSE(std::filesystem::exists(result));
 }

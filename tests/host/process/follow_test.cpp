@@ -195,6 +195,37 @@ TEST_F(Follow, AFullDiskEndsIt) {
     EXPECT_EQ(rows(), 2U);
 }
 
+TEST_F(Follow, ASecondRunOnTheSameResultsEnds) {
+    arrive("a.nc", "05");
+    arrive("b.nc", "06");
+    RunningProgram program(arguments(), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 4; })) << contentOf(log);
+    const ::orvik::test::Outcome second = orvik(arguments());
+    EXPECT_EQ(second.exitCode, 1) << second.output;
+    EXPECT_TRUE(holds(second.errors, "another run is writing " + result)) << second.errors;
+    EXPECT_EQ(rows(), 4U);
+}
+
+TEST_F(Follow, ResumesWithTheSameOptionsOnly) {
+    arrive("a.nc", "05");
+    {
+        RunningProgram program(arguments(), log);
+        ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+        program.signal(SIGTERM);
+        EXPECT_EQ(program.wait(), 0);
+    }
+    for (const std::vector<std::string> &changed :
+         {std::vector<std::string>{"--resume", "--going-to"},
+          std::vector<std::string>{"--resume", "--method", "1"},
+          std::vector<std::string>{"--resume", "--set", "heading=3"}}) {
+        const ::orvik::test::Outcome outcome = orvik(arguments(changed));
+        EXPECT_EQ(outcome.exitCode, 1) << outcome.output;
+        EXPECT_TRUE(holds(outcome.errors, "other input, options or program version"))
+            << outcome.errors;
+    }
+    EXPECT_EQ(rows(), 2U);
+}
+
 TEST_F(Follow, NeedsAFolderAndNothingElse) {
     std::ofstream(directory.file("file.nc")) << "x";
     EXPECT_EQ(orvik({"process", "--follow", directory.file("file.nc"), "-o", result}).exitCode, 1);

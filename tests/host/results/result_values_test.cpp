@@ -134,6 +134,20 @@ TEST_F(ResultValues, CheckRatio) {
     EXPECT_EQ(burst.spectrum("check_ratio").at(20), 0.75);
 }
 
+// Beyond the aliasing limit the library has numbers for directions that no wave had.
+TEST_F(ResultValues, DirectionsEndWhereTheirCoefficientsDo) {
+    const StoredBurst burst = stored([](ResultRow &) {});
+    const std::vector<double> coefficients = burst.spectrum("a1");
+    const std::size_t last = coefficients.size() - 1;
+    EXPECT_TRUE(std::isfinite(burst.spectrum("direction").at(20)));
+    EXPECT_TRUE(std::isfinite(burst.spectrum("variance_density").at(last)));
+    ASSERT_TRUE(std::isnan(coefficients.at(last)));
+    for (std::size_t i = 0; i < coefficients.size(); ++i) {
+        EXPECT_EQ(std::isfinite(burst.spectrum("direction").at(i)), std::isfinite(coefficients[i]));
+        EXPECT_EQ(std::isfinite(burst.spectrum("spread").at(i)), std::isfinite(coefficients[i]));
+    }
+}
+
 // Bursts are written many at a time, and those of a deployment that still goes on can be read in between.
 TEST_F(ResultValues, EachOfManyBurstsKeepsItsOwn) {
     constexpr std::size_t kFrequency = 20;
