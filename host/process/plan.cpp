@@ -57,6 +57,23 @@ void noteChangedLimits(const ProcessOptions &options, const orvikbase::Processin
     check("--track-freq-max", options.trackFreqMax, used.fineFreqMax);
 }
 
+// Fine steps use up the bins below the limit that nobody asked for.
+void noteShortAxes(const ProcessOptions &options, const ResultLayout &layout,
+                   std::set<std::string> &notes) {
+    const auto check = [&](const std::vector<double> &axis, std::size_t most, const char *what) {
+        if (options.freqStep && axis.size() == most) {
+            notes.insert(fmt::format("--freq-step {:g} ends the {} at {:g} Hz, after {} bins",
+                                     *options.freqStep, what, axis.back(), most));
+        }
+    };
+    if (!options.freqMax) {
+        check(layout.frequencies, OV_MAX_FREQUENCIES, "spectra");
+    }
+    if (!options.freqMax && !options.trackFreqMax) {
+        check(layout.fineFrequencies, OV_MAX_FREQUENCIES_FINE, "surface track's spectrum");
+    }
+}
+
 std::string joined(const std::vector<std::string> &parts) {
     std::string text;
     for (const std::string &part : parts) {
@@ -72,6 +89,11 @@ std::string parametersText(const orvikbase::ProcessingParameters &used) {
                        used.freqMin, used.freqMax, used.fineFreqMin, used.fineFreqMax,
                        used.freqStep, used.directions, used.dirBandWidth, used.specBandWidth,
                        static_cast<int>(used.directionalInput), used.estimateMask);
+}
+
+std::string cellChoiceText(const ProcessOptions &options, const BurstSource &source) {
+    const double margin = options.troughMargin.value_or(ProcessingChoices{}.troughMargin);
+    return source.instrument().profile ? fmt::format(", trough margin {:g} %", margin) : "";
 }
 
 std::string instrumentText(const Instrument &instrument) {
@@ -138,7 +160,7 @@ std::map<std::string, std::string> provenance(const ProcessOptions &options,
         {"direction_convention", options.goingTo
                                      ? "directions waves go to, clockwise from true north"
                                      : "directions waves come from, clockwise from true north"},
-        {"processing_parameters", parametersText(used)},
+        {"processing_parameters", parametersText(used) + cellChoiceText(options, source)},
         {"instrument", instrumentText(source.instrument())},
     };
 }
@@ -171,6 +193,7 @@ Plan planFor(const ProcessOptions &options, const BurstSource &source) {
     if (plan.layout.frequencies.empty() || plan.layout.fineFrequencies.empty()) {
         throw UsageError("no frequency is left between --freq-min and half the sampling rate");
     }
+    noteShortAxes(options, plan.layout, plan.notes);
     plan.layout.directions = static_cast<std::size_t>(plan.parameters.directions);
     plan.layout.comingFrom = plan.choices.comingFrom;
     plan.layout.hasTruth = source.hasTruth();

@@ -237,12 +237,13 @@ std::string repairsText(const StoredBurst &burst) {
     add(burst.value("missing_samples"), "missing sample", "filled with the one before");
     if (!(burst.value("surface_track_samples") == 0.0)) {
         const bool failed = trackFailed(burst);
-        add(burst.value("surface_track_missing"), "surface-track sample",
-            failed ? "had no echo" : "without an echo interpolated");
-        add(burst.value("surface_track_bad"), "surface-track value",
+        const double lost = burst.value("surface_track_missing");
+        const double spikes = burst.value("surface_track_spikes");
+        add(lost, "surface-track sample", failed ? "had no echo" : "without an echo interpolated");
+        // The count of bad values is one of all three.
+        add(burst.value("surface_track_bad") - lost - spikes, "surface-track value",
             failed ? "out of range" : "out of range replaced");
-        add(burst.value("surface_track_spikes"), "surface-track spike",
-            failed ? "found" : "replaced");
+        add(spikes, "surface-track spike", failed ? "found" : "replaced");
     }
     add(burst.value("raised_densities"), "spectral density", "below 0 set to 0");
     return paragraph("repaired", text.empty() ? "nothing had to be." : text + '.');

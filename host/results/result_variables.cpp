@@ -108,7 +108,7 @@ const std::vector<Parameter> &parameters() {
         {{"cell_height", "m", "", "height of the measurement cell above the head"}, wave(&orvikbase::WaveParameters::cellVerticalRange)},
         {{"cell_used", "1", "", "cell of the profile that was used, counted from 1; 1 of a point instrument"}, fromResult([](const BurstResult &r) { return static_cast<double>(r.waves.selectedCell); })},
         {{"surface_track_level", "m", "", "mean distance from the head to the surface"}, wave(&orvikbase::WaveParameters::trackLevel)},
-        {{"surface_track_bad", "1", "", "surface-track values out of range"}, fromResult([](const BurstResult &r) { return static_cast<double>(r.waves.trackBadCount); })},
+        {{"surface_track_bad", "1", "", "surface-track values that were lost, out of range or spikes"}, fromResult([](const BurstResult &r) { return static_cast<double>(r.waves.trackBadCount); })},
         {{"surface_track_spikes", "1", "", "surface-track spikes"}, fromResult([](const BurstResult &r) { return static_cast<double>(r.waves.trackSpikeCount); })},
         {{"method_used", "1", "", "processing method of this burst"}, fromResult([](const BurstResult &r) { return static_cast<double>(r.parameters.method); })},
         {{"aliasing_frequency", "Hz", "", "lowest frequency without directions"}, wave(&orvikbase::WaveParameters::aliasingFrequency)},

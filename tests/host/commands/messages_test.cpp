@@ -46,6 +46,19 @@ TEST_F(Messages, SourceIsRefusedWhereItWouldDoNothing) {
            "--source velocity is for methods 2 to 4");
 }
 
+TEST_F(Messages, FineStepsEndTheAxes) {
+    const Outcome fine = orvik({"process", sea, "-o", result, "--freq-step", "0.001"});
+    EXPECT_EQ(fine.exitCode, 0);
+    EXPECT_TRUE(holds(fine.errors, "note: --freq-step 0.001 ends the spectra at 0.219 Hz, after "
+                                   "200 bins"))
+        << fine.errors;
+    EXPECT_TRUE(holds(fine.errors, "surface track's spectrum at 0.419 Hz, after 400 bins"));
+    const Outcome asked =
+        orvik({"process", sea, "-o", result, "--freq-step", "0.001", "--freq-max", "0.2"});
+    EXPECT_EQ(asked.exitCode, 0);
+    EXPECT_FALSE(holds(asked.errors, "ends the")) << asked.errors;
+}
+
 TEST_F(Messages, ATableWithoutRows) {
     const std::string table = directory.file("a.csv");
     std::ofstream(table) << "time,pressure\n";

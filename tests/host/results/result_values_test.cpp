@@ -282,6 +282,17 @@ TEST_F(ResultValues, TracksOutOfRangeAreExplained) {
     EXPECT_TRUE(holds(text, "repaired 1 surface-track value out of range.")) << text;
 }
 
+TEST_F(ResultValues, BadTrackValuesAreCountedOnceInWhatWasRepaired) {
+    const std::string text = explained([](ResultRow &row) {
+        row.facts.missingTrackSamples = 2;
+        row.result.waves.trackSpikeCount = 3;
+        row.result.waves.trackBadCount = 9;
+    });
+    EXPECT_TRUE(holds(text, "2 surface-track samples without an echo interpolated; 4 surface-track "
+                            "values out of range replaced; 3 surface-track spikes replaced."))
+        << text;
+}
+
 // The spectrum comes from pressure because of the velocity that is there, not for want of any.
 TEST_F(ResultValues, VelocityThatTellsNoHeightsIsExplained) {
     const auto withoutHeights = [](ResultRow &row) {
