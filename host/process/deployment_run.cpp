@@ -18,6 +18,7 @@
 #include <tbb/global_control.h>
 #include <tbb/task_arena.h>
 
+#include "netcdf/hdf5_messages.hpp"
 #include "process/journal.hpp"
 #include "process/stop_request.hpp"
 #include "user_error.hpp"
@@ -36,9 +37,9 @@ std::shared_ptr<Work> readWork(const BurstSource &source, std::size_t index) {
     auto work = std::make_shared<Work>();
     work->row.burst = index;
     try {
+        work->row.startTime = source.startTime(index);
         work->burst = source.readBurst(index);
         work->row.truth = source.readTruth(index);
-        work->row.startTime = work->burst->startTime;
         work->row.facts = factsOf(*work->burst, source.instrument());
     } catch (const UserError &error) {
         for (const std::string &file : source.files()) {
@@ -113,6 +114,7 @@ private:
         flow::graph graph;
         using Files = flow::multifunction_node<Item, std::tuple<Item>>;
         Files files(graph, flow::serial, [this](const Item &work, Files::output_ports_type &read) {
+            silenceHdf5InThisThread();
             if (work) {
                 write(*work);
             }

@@ -46,10 +46,12 @@ bool readAt(int file, std::uint64_t offset, void *target, std::size_t size) {
     return true;
 }
 
-// A record at `offset`; false where there is none, or a torn one.
+// A record at `offset`; false where there is none, or a torn one. None is empty: zeros are what a power cut leaves of
+// what was not on the disk yet.
 bool readRecord(int file, std::uint64_t offset, std::string &bytes) {
     Frame frame{};
-    if (!readAt(file, offset, &frame, sizeof frame) || frame.length > kLongestRecord) {
+    if (!readAt(file, offset, &frame, sizeof frame) || frame.length == 0 ||
+        frame.length > kLongestRecord) {
         return false;
     }
     bytes.resize(frame.length);

@@ -126,7 +126,8 @@ struct BurstRunner::Impl {
     Instrument instrument;
     ProcessingChoices choices;
     std::unique_ptr<FrontEnd> frontEnd;
-    orvikbase::ProcessingParameters parameters;
+    orvikbase::ProcessingParameters asked;      // of the library for the burst at hand
+    orvikbase::ProcessingParameters parameters; // in use: what the library made of them
     orvikbase::Record record;
     orvikbase::CleanedBurst cleaned;
 };
@@ -142,10 +143,10 @@ BurstRunner::Impl::Impl(const Instrument &theInstrument, const ProcessingChoices
 
 void BurstRunner::Impl::setParameters(int method, bool withTrack) {
     frontEnd->configure(record);
-    orvikbase::ProcessingParameters wanted = libraryParameters(instrument, choices, *frontEnd);
-    wanted.method = static_cast<orvikbase::Method>(method);
-    wanted.estimateMask = frontEnd->estimateMask(withTrack);
-    parameters = record.setProcessing(wanted);
+    asked = libraryParameters(instrument, choices, *frontEnd);
+    asked.method = static_cast<orvikbase::Method>(method);
+    asked.estimateMask = frontEnd->estimateMask(withTrack);
+    parameters = record.setProcessing(asked);
 }
 
 void BurstRunner::Impl::note(const Burst &burst, BurstResult &result, std::size_t used) const {
@@ -199,8 +200,9 @@ void BurstRunner::Impl::collect(BurstResult &result) {
 
 void BurstRunner::Impl::collectDistribution(BurstResult &result) {
     if (!choices.comingFrom) {
-        // The library draws the distribution anew, in the sense that is then in force.
-        orvikbase::ProcessingParameters other = parameters;
+        // The library draws the distribution anew, in the sense that is then in force. What it made of the limits is
+        // never given to it again: it would round them once more, and the axes could lose a bin.
+        orvikbase::ProcessingParameters other = asked;
         other.comingFrom = false;
         record.setProcessing(other);
     }
@@ -223,7 +225,7 @@ void BurstRunner::Impl::collectDistribution(BurstResult &result) {
 
 void BurstRunner::Impl::processAgain(BurstResult &result) {
     const std::int32_t trackFlags = result.waves.qualityFlags & kTrackFlags;
-    parameters = record.setProcessing(parameters);
+    parameters = record.setProcessing(asked);
     result.processed = record.process();
     result.directionWeights.clear();
     collect(result);
@@ -239,12 +241,12 @@ void BurstRunner::Impl::process(BurstResult &result) {
     collect(result);
     if (result.processed && usesTrack(choices.method) &&
         (result.waves.qualityFlags & kTrackFlags) != 0) {
-        parameters.method = static_cast<orvikbase::Method>(choices.method - 1);
-        parameters.estimateMask = frontEnd->estimateMask(false);
+        asked.method = static_cast<orvikbase::Method>(choices.method - 1);
+        asked.estimateMask = frontEnd->estimateMask(false);
         processAgain(result);
     }
     if (heightsRestOnTail(result)) {
-        parameters.directionalInput = DirectionalInput::pressure;
+        asked.directionalInput = DirectionalInput::pressure;
         processAgain(result);
     }
 }
