@@ -175,6 +175,10 @@ void runProcess(const ProcessOptions &options) {
 }
 
 void runFollow(const ProcessOptions &options) {
+    if (options.dryRun || options.timing) {
+        throw UsageError(std::string(options.dryRun ? "--dry-run" : "--timing") +
+                         " is for files that are there: name the folder without --follow");
+    }
     std::unique_ptr<Reporter> reporter;
     FollowRun run;
     run.folder = options.follow;

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <optional>
 #include <thread>
 #include <tuple>
@@ -50,6 +51,9 @@ std::shared_ptr<Work> readWork(const BurstSource &source, std::size_t index) {
         }
         work->burst.reset();
         work->row.result.reason = error.what();
+    } catch (const std::bad_alloc &) {
+        work->burst.reset();
+        work->row.result.reason = "it needs more memory than there is";
     }
     return work;
 }

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
+#include <new>
 #include <set>
 #include <utility>
 #include <vector>
@@ -18,6 +19,7 @@
 #include "burst/deployment.hpp"
 #include "process/journal.hpp"
 #include "process/stop_request.hpp"
+#include "results/result_reader.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -51,10 +53,11 @@ public:
         return files;
     }
 
-    // Files that arrived; none after a signal.
+    // Files that arrived; none after a signal or a while, since a signal may come just before the waiting begins.
     std::vector<std::string> wait() const {
+        constexpr int kWhile = 1000; // [ms]
         pollfd ready{handle_, POLLIN, 0};
-        if (poll(&ready, 1, -1) <= 0) {
+        if (poll(&ready, 1, kWhile) <= 0) {
             return {};
         }
         alignas(inotify_event) std::array<char, 65536> buffer{};
@@ -65,6 +68,11 @@ public:
             std::memcpy(&event, buffer.data() + at, sizeof event);
             if ((event.mask & IN_Q_OVERFLOW) != 0) {
                 return present();
+            }
+            if ((event.mask & IN_IGNORED) != 0) {
+                throw UserError(fmt::format("{} is no longer there: bring it back and go on with "
+                                            "--resume",
+                                            folder_));
             }
             const std::string name =
                 event.len > 0 ? std::string(buffer.data() + at + sizeof event) : std::string();
@@ -86,11 +94,10 @@ class Follower {
 public:
     explicit Follower(const FollowRun &run) : run_(run) {}
 
-    // A file whose bursts are all done has nothing new when it arrives again; one that could not be used may have.
+    // Of a file that arrives again only bursts beyond those that are done are new.
     void take(const std::string &path) {
         const std::string name = std::filesystem::path(path).filename().string();
-        if (name == std::filesystem::path(run_.output).filename().string() ||
-            finished_.count(name) != 0) {
+        if (isOutput(path)) {
             return;
         }
         std::unique_ptr<BurstSource> source;
@@ -98,8 +105,17 @@ public:
         try {
             source = run_.open(path);
             plan = planOf(*source);
+        } catch (const UsageError &error) {
+            if (!plan_) {
+                throw; // no file was good with these options yet
+            }
+            leaveOut(path, error.what());
+            return;
         } catch (const UserError &error) {
-            run_.onBadFile(path, error.what());
+            leaveOut(path, error.what());
+            return;
+        } catch (const std::bad_alloc &) {
+            leaveOut(path, "it needs more memory than there is");
             return;
         }
         if (!plan_) {
@@ -119,6 +135,17 @@ public:
     }
 
 private:
+    [[nodiscard]] bool isOutput(const std::string &path) const {
+        return std::filesystem::weakly_canonical(path) ==
+               std::filesystem::weakly_canonical(run_.output);
+    }
+
+    void leaveOut(const std::string &path, const std::string &reason) const {
+        if (finished_.count(std::filesystem::path(path).filename().string()) == 0) {
+            run_.onBadFile(path, reason);
+        }
+    }
+
     // A file for which anything but its name is different is not of this deployment.
     Plan planOf(const BurstSource &source) const {
         Plan plan = run_.plan(source);
@@ -150,13 +177,15 @@ private:
             ResultRow row;
             row.burst = done;
             try {
+                row.startTime = source.startTime(done);
                 const Burst burst = source.readBurst(done);
                 row.facts = factsOf(burst, source.instrument());
                 row.truth = source.readTruth(done);
-                row.startTime = burst.startTime;
                 row.result = runner_->run(burst);
             } catch (const UserError &error) {
                 row.result.reason = error.what();
+            } catch (const std::bad_alloc &) {
+                row.result.reason = "it needs more memory than there is";
             }
             journal_->append({row, name});
             append(std::move(row));
@@ -185,9 +214,24 @@ private:
     bool fresh_ = false; // rows that the result file does not show yet
 };
 
+// The results may lie in the folder, but not in the place of a burst file.
+void refuseBurstsAsOutput(const FollowRun &run) {
+    if (!std::filesystem::exists(run.output)) {
+        return;
+    }
+    try {
+        const ResultReader results(run.output);
+    } catch (const UserError &) {
+        throw UsageError(
+            fmt::format("--output {} is there and holds no results: give the results another name",
+                        run.output));
+    }
+}
+
 } // namespace
 
 void follow(const FollowRun &run) {
+    refuseBurstsAsOutput(run);
     const StopRequest stop;
     const FolderWatch watch(run.folder); // before the first look, so that nothing slips in between
     Follower follower(run);

@@ -146,10 +146,13 @@ void Journal::findRows() {
 
 JournalRow Journal::row(std::size_t index) const {
     std::string bytes;
-    if (!readRecord(file_, offsets_.at(index), bytes)) {
-        throw UserError(path_ + " cannot be read any more: run without --resume to start anew");
+    if (readRecord(file_, offsets_.at(index), bytes)) {
+        try {
+            return rowOfBytes(bytes);
+        } catch (const std::exception &) { // no row of this program
+        }
     }
-    return rowOfBytes(bytes);
+    throw UserError(path_ + " cannot be read any more: run without --resume to start anew");
 }
 
 void Journal::append(const JournalRow &row) {

@@ -44,6 +44,21 @@ TEST_F(Process, VersionNamesProgramAndLibrary) {
     EXPECT_EQ(outcome.output.rfind("orvik 4.15", 0), 0U) << outcome.output;
 }
 
+// With fine steps the axes end where their bins do, whatever becomes of a burst.
+TEST_F(Process, FineStepsKeepTheirBinsThroughFallbacksAndTurns) {
+    simulate({"--track-drop", "1"});
+    EXPECT_EQ(orvik({"process", sea, "-o", result, "--freq-step", "0.002"}).exitCode, 0);
+    simulate({});
+    ASSERT_EQ(orvik({"process", sea, "-o", result, "--freq-step", "0.002", "--going-to"}).exitCode,
+              0);
+    const NcReader file(result);
+    const std::vector<double> coefficients = values(file, "a1");
+    const std::vector<double> distribution = values(file, "efth");
+    for (std::size_t i = 0; i < coefficients.size(); ++i) {
+        EXPECT_EQ(std::isfinite(distribution.at(i * 90)), std::isfinite(coefficients[i])) << i;
+    }
+}
+
 TEST_F(Process, ResultsAgreeWithTheTruthTheyCarry) {
     simulate({});
     const Outcome outcome = orvik({"process", sea, "-o", result});

@@ -226,6 +226,50 @@ TEST_F(Follow, ResumesWithTheSameOptionsOnly) {
     EXPECT_EQ(rows(), 2U);
 }
 
+TEST_F(Follow, ALargerFileInThePlaceOfAFinishedOneAddsItsFurtherBursts) {
+    arrive("a.nc", "05");
+    RunningProgram program(arguments(), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+    arrive("a.nc", "05", {"--bursts", "3"});
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() >= 3; })) << contentOf(log);
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_EQ(rows(), 3U);
+    const std::vector<double> time = values("time");
+    EXPECT_GT(time[2], time[1]);
+}
+
+TEST_F(Follow, OptionsThatSuitNoFileEndIt) {
+    arrive("a.nc", "05");
+    for (const std::vector<std::string> &wrong :
+         {std::vector<std::string>{"--set", "foo=1"}, std::vector<std::string>{"--dry-run"},
+          std::vector<std::string>{"--timing"}}) {
+        EXPECT_EQ(orvik(arguments(wrong)).exitCode, 2) << wrong.front();
+    }
+    EXPECT_FALSE(fs::exists(result));
+}
+
+TEST_F(Follow, ABurstFileIsNotReplacedByResults) {
+    arrive("a.nc", "05");
+    result = folder + "/a.nc";
+    const std::string before = contentOf(result);
+    const ::orvik::test::Outcome outcome = orvik(arguments());
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_TRUE(holds(outcome.errors, "holds no results")) << outcome.errors;
+    EXPECT_EQ(contentOf(result), before);
+}
+
+TEST_F(Follow, AFolderThatGoesAwayEndsIt) {
+    arrive("a.nc", "05");
+    RunningProgram program(arguments(), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+    fs::remove_all(folder);
+    ASSERT_TRUE(RunningProgram::until([&] { return program.hasEnded(); })) << contentOf(log);
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_TRUE(holds(contentOf(log), folder + " is no longer there")) << contentOf(log);
+    EXPECT_EQ(rows(), 2U);
+}
+
 TEST_F(Follow, NeedsAFolderAndNothingElse) {
     std::ofstream(directory.file("file.nc")) << "x";
     EXPECT_EQ(orvik({"process", "--follow", directory.file("file.nc"), "-o", result}).exitCode, 1);

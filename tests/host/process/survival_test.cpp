@@ -63,7 +63,7 @@ protected:
 };
 
 TEST_F(Survival, TheNumberOfThreadsDoesNotMatter) {
-    simulate(sea, "20");
+    simulate(sea, "70"); // more than are written at once
     const std::string expected = undisturbed({sea, "--threads", "1"});
     for (const char *threads : {"2", "3", "16"}) {
         ASSERT_EQ(orvik(arguments({"--quiet", "--threads", threads})).exitCode, 0);
@@ -125,6 +125,31 @@ TEST_F(Survival, ADamagedRecordAndAllAfterItAreDoneAgain) {
     }
     ASSERT_EQ(orvik(arguments({"--resume", "--quiet"})).exitCode, 0);
     EXPECT_TRUE(contentOf(result) == expected);
+}
+
+TEST_F(Survival, ZerosBehindTheLastRecordAreNone) {
+    simulate(sea, "12");
+    const std::string expected = undisturbed({sea});
+    RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 200000; }));
+    program.signal(SIGKILL);
+    program.wait();
+    ASSERT_TRUE(fs::exists(journal));
+    fs::resize_file(journal, fs::file_size(journal) + 4096);
+    ASSERT_EQ(orvik(arguments({"--resume", "--quiet"})).exitCode, 0);
+    EXPECT_TRUE(contentOf(result) == expected);
+}
+
+// Each file is opened by the thread that needs it first.
+TEST_F(Survival, SeveralFilesAndThreadsSayNothing) {
+    std::vector<std::string> call{"process", "-o", result, "--quiet", "--threads", "3"};
+    for (const char *day : {"05", "06", "07", "08"}) {
+        call.push_back(directory.file(std::string(day) + ".nc"));
+        simulate(call.back(), "4", std::string("2024-11-") + day);
+    }
+    const Outcome outcome = orvik(call);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors, "");
 }
 
 TEST_F(Survival, NoMoreThreadsThanAsked) {
