@@ -61,15 +61,42 @@ void sweep(const fs::path &target) {
     }
 }
 
+// What a name that is a link leads to, whether that is there yet or not.
+std::string followed(const std::string &target) {
+    constexpr int kMostLinks = 40;
+    fs::path path(target);
+    std::error_code error;
+    for (int links = 0; fs::is_symlink(fs::symlink_status(path, error)); ++links) {
+        if (links == kMostLinks) {
+            throw WriteError("cannot write " + target + ": it is a link that leads to itself");
+        }
+        path = path.parent_path() / fs::read_symlink(path, error);
+    }
+    return path.string();
+}
+
 } // namespace
 
-PartFile::PartFile(const std::string &target) : target_(target), path_(neighbour(target, kPart)) {
-    std::error_code ignored;
-    if (target.empty() || fs::is_directory(target, ignored)) {
-        throw WriteError(target.empty() ? "an output file needs a name"
-                                        : "cannot write " + target + ": it is a directory");
+void checkTarget(const std::string &target) {
+    if (target.empty()) {
+        throw WriteError("an output file needs a name");
     }
-    sweep(target);
+    std::error_code ignored;
+    const fs::file_status status = fs::status(target, ignored);
+    if (fs::is_directory(status)) {
+        throw WriteError("cannot write " + target + ": it is a directory");
+    }
+    // The finished file takes its target's place: of a device or a pipe nothing would be left.
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        throw WriteError("cannot write " + target +
+                         ": it is a device or a pipe, not a file; name a file");
+    }
+}
+
+PartFile::PartFile(const std::string &target)
+    : target_(target), place_(followed(target)), path_(neighbour(place_, kPart)) {
+    checkTarget(target);
+    sweep(place_);
 }
 
 PartFile::~PartFile() {
@@ -79,11 +106,11 @@ PartFile::~PartFile() {
 }
 
 void PartFile::publish() const {
-    const std::string copy = neighbour(target_, kCopy);
+    const std::string copy = neighbour(place_, kCopy);
     std::error_code error;
     fs::copy_file(path_, copy, fs::copy_options::overwrite_existing, error);
     if (!error) {
-        fs::rename(copy, target_, error);
+        fs::rename(copy, place_, error);
     }
     if (error) {
         std::error_code ignored;
@@ -94,7 +121,7 @@ void PartFile::publish() const {
 }
 
 void PartFile::commit() {
-    if (std::rename(path_.c_str(), target_.c_str()) != 0) {
+    if (std::rename(path_.c_str(), place_.c_str()) != 0) {
         throw WriteError("cannot give the finished file its name " + target_ + ": " +
                          std::strerror(errno));
     }
