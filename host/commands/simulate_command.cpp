@@ -13,6 +13,7 @@
 
 #include "burst/burst_file.hpp"
 #include "commands/counted.hpp"
+#include "files/same_file.hpp"
 #include "simulate/scenario_file.hpp"
 #include "simulate/scenario_settings.hpp"
 #include "user_error.hpp"
@@ -122,6 +123,7 @@ std::string summary(const SimulateOptions &options, const Scenario &scenario, do
 }
 
 void runSimulate(const SimulateOptions &options) {
+    refuseOverwriting("--output", options.output, {options.scenarioFile});
     const Scenario scenario = scenarioOfOptions(options);
     BurstFileWriter writer(options.output, scenario.instrument, scenario.velocitySystem,
                            scenario.samples, trackPerSample(scenario.instrument) * scenario.samples,

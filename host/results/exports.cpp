@@ -7,6 +7,8 @@
 
 #include <fmt/format.h>
 
+#include "files/part_file.hpp"
+#include "files/same_file.hpp"
 #include "results/csv_file.hpp"
 #include "results/json_file.hpp"
 #include "results/swan_file.hpp"
@@ -23,11 +25,6 @@ struct Target {
     bool needsTime; // the spectra of a wave model are of a time
     std::unique_ptr<ResultSink> sink;
 };
-
-std::string wholePath(const std::string &path) {
-    std::error_code ignored;
-    return std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored).string();
-}
 
 std::vector<Target> openTargets(const ResultReader &results, const ExportPaths &paths) {
     std::vector<Target> targets;
@@ -62,24 +59,41 @@ void refuseTimeless(const std::vector<Target> &targets, std::size_t timeless,
     }
 }
 
+// A long run would otherwise end without what it was for.
+void requireFolder(const std::string &option, const std::string &path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code ignored;
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
+        throw UserError(fmt::format("cannot write {} {}: there is no folder {}; make it first",
+                                    option, path, folder.string()));
+    }
+}
+
 } // namespace
 
-void checkExportPaths(const ExportPaths &paths, const std::string &resultFile) {
-    const std::array<std::pair<const char *, std::string>, 5> files{
-        {{"the result file", resultFile},
-         {"--swan", paths.swan},
-         {"--ww3", paths.ww3},
-         {"--csv", paths.csv},
-         {"--json", paths.json}}};
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        for (std::size_t j = 0; j < i; ++j) {
-            const bool given = !files[i].second.empty() && !files[j].second.empty();
-            if (given && wholePath(files[i].second) == wholePath(files[j].second)) {
+void checkExportPaths(const ExportPaths &paths, const std::string &resultFile,
+                      const std::vector<std::string> &filesRead) {
+    const std::array<std::pair<const char *, std::string>, 4> exports{{{"--swan", paths.swan},
+                                                                       {"--ww3", paths.ww3},
+                                                                       {"--csv", paths.csv},
+                                                                       {"--json", paths.json}}};
+    refuseOverwriting("--output", resultFile, filesRead);
+    std::vector<std::pair<const char *, std::string>> before{{"the result file", resultFile}};
+    for (const auto &[option, path] : exports) {
+        if (path.empty()) {
+            continue;
+        }
+        for (const auto &[other, otherPath] : before) {
+            if (isSameFile(path, otherPath)) {
                 throw UsageError(fmt::format("{} and {} are the same file {}: give one of them "
                                              "another name",
-                                             files[j].first, files[i].first, files[i].second));
+                                             other, option, path));
             }
         }
+        refuseOverwriting(option, path, filesRead);
+        requireFolder(option, path);
+        checkTarget(path);
+        before.emplace_back(option, path);
     }
 }
 

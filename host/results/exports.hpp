@@ -18,8 +18,10 @@ struct ExportPaths {
     }
 };
 
-// Throws UsageError when two of the files, or one of them and `resultFile`, are the same.
-void checkExportPaths(const ExportPaths &paths, const std::string &resultFile);
+// Throws UsageError when two of the files, or one of them and `resultFile`, are the same, or when one of all these is
+// among `filesRead`, what the results are made from; UserError when a file has no folder to be written to.
+void checkExportPaths(const ExportPaths &paths, const std::string &resultFile,
+                      const std::vector<std::string> &filesRead = {});
 
 // Writes them from a finished result file; all of them or, when something goes wrong, none. What it gives back are notes
 // for the user.

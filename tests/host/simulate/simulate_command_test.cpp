@@ -64,6 +64,13 @@ TEST_F(SimulateCommand, WithoutOptionsItIsTheStorm) {
     EXPECT_NEAR(truth->peakDirection, 290.0, 1e-6);
 }
 
+TEST_F(SimulateCommand, TheScenarioIsNotOverwritten) {
+    const std::string scenario = path("sea.toml");
+    std::ofstream(scenario) << "bursts = 1\n";
+    EXPECT_THROW(run(path("./sea.toml"), "--scenario " + scenario), UsageError);
+    EXPECT_EQ(bytes(scenario), "bursts = 1\n");
+}
+
 TEST_F(SimulateCommand, OptionsHoldForTheWholeDeployment) {
     run(path("sea.nc"),
         "--samples 128 --bursts 3 --interval 7200 --start 2024-01-01T00:00:00Z --height 2 --period "
