@@ -60,6 +60,8 @@ std::string medianAndWorst(const char *name, std::vector<double> errors, const c
 
 } // namespace
 
+double roundedTime(double secondsSince1970) { return std::round(secondsSince1970 * 1e3) / 1e3; }
+
 std::string timeText(double secondsSince1970) {
     // Times that a calendar of four-digit years holds; a damaged file may have others.
     constexpr double kEarliest = -62135596800.0;
@@ -67,8 +69,8 @@ std::string timeText(double secondsSince1970) {
     if (!(secondsSince1970 >= kEarliest && secondsSince1970 <= kLatest)) {
         return "-";
     }
-    return fmt::format("{:%Y-%m-%d %H:%M:%S}",
-                       fmt::gmtime(static_cast<std::time_t>(std::floor(secondsSince1970))));
+    return fmt::format("{:%Y-%m-%d %H:%M:%S}", fmt::gmtime(static_cast<std::time_t>(
+                                                   std::floor(roundedTime(secondsSince1970)))));
 }
 
 std::string isoTime(double secondsSince1970) {

@@ -22,6 +22,9 @@ struct TableRow {
     std::optional<Truth> truth; // directions in the sense of the row's own
 };
 
+// To the millisecond: hours and days since some date leave whole seconds a hair too early.
+double roundedTime(double secondsSince1970);
+
 // "2026-03-01 12:30:00", or "-" when unknown.
 std::string timeText(double secondsSince1970);
 

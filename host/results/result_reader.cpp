@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "netcdf/units.hpp"
 #include "orvikbase/orvikbase.h"
 #include "user_error.hpp"
 
@@ -17,8 +18,17 @@ std::vector<double> StoredBurst::spectrum(const std::string &name) const {
     return found == spectra.end() ? std::vector<double>() : found->second;
 }
 
+std::vector<double> timesOf(const NcReader &file, const NcVariable &variable) {
+    const TimeUnit unit = timeUnit(file, variable);
+    std::vector<double> times = file.readAll(variable);
+    for (double &time : times) {
+        time = time * unit.scale + unit.epoch;
+    }
+    return times;
+}
+
 ResultReader::ResultReader(const std::string &path) : file_(path) {
-    times_ = file_.readAll(required("time")); // result files count seconds since 1970
+    times_ = timesOf(file_, required("time")); // other programs write result files anew, too
     frequencies_ = file_.readAll(required("freq"));
     directions_ = file_.readAll(required("dir"));
     if (const auto fine = file_.find("freq_surface_track")) {

@@ -27,6 +27,9 @@ struct StoredBurst {
     [[nodiscard]] std::vector<double> spectrum(const std::string &name) const;
 };
 
+// The values of a variable of times, in whichever unit [s since 1970-01-01 00:00:00 UTC].
+std::vector<double> timesOf(const NcReader &file, const NcVariable &variable);
+
 class ResultReader {
 public:
     struct Column {

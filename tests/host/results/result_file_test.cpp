@@ -11,6 +11,7 @@
 #include "host/commands/program.hpp"
 #include "host/results/sample_results.hpp"
 #include "netcdf/nc_file.hpp"
+#include "results/burst_table.hpp"
 #include "results/explanation.hpp"
 #include "results/exports.hpp"
 #include "user_error.hpp"
@@ -113,6 +114,74 @@ TEST_F(Results, NothingIsLeftOfAnExportThatFails) {
     paths.json = directory.file("no/such/folder.json");
     EXPECT_THROW(::orvik::exportResults(waves, paths), ::orvik::UserError);
     EXPECT_EQ(filesThere(), 1U);
+}
+
+// Raw data cannot be measured again; links and other spellings are the same file.
+TEST_F(Results, WhatIsReadIsNotOverwritten) {
+    const std::string raw = directory.file("raw.csv");
+    std::ofstream(raw) << "time\n";
+    std::filesystem::create_symlink(raw, directory.file("soft.csv"));
+    std::filesystem::create_hard_link(raw, directory.file("hard.csv"));
+    for (const char *name : {"raw.csv", "./raw.csv", "soft.csv", "hard.csv"}) {
+        paths.csv = directory.file(name);
+        try {
+            ::orvik::checkExportPaths(paths, directory.file("new.nc"), {waves, raw});
+            ADD_FAILURE() << name;
+        } catch (const ::orvik::UsageError &error) {
+            EXPECT_TRUE(holds(error.what(), "--csv " + paths.csv + " would overwrite " + raw))
+                << error.what();
+        }
+    }
+    paths.csv = directory.file("w.csv");
+    EXPECT_NO_THROW(::orvik::checkExportPaths(paths, directory.file("new.nc"), {waves, raw}));
+    EXPECT_THROW(::orvik::checkExportPaths(paths, waves, {waves, raw}), ::orvik::UsageError);
+}
+
+TEST_F(Results, LinksToAFileAreThatFile) {
+    paths.csv = directory.file("hard.nc");
+    std::filesystem::create_hard_link(waves, paths.csv);
+    EXPECT_THROW(::orvik::checkExportPaths(paths, waves), ::orvik::UsageError);
+}
+
+TEST_F(Results, AnExportWithoutFolderIsRefusedAtOnce) {
+    for (const char *folder : {"missing", "waves.nc"}) {
+        paths.json = directory.file(folder) + "/w.json";
+        try {
+            ::orvik::checkExportPaths(paths, directory.file("new.nc"));
+            ADD_FAILURE() << folder;
+        } catch (const ::orvik::UserError &error) {
+            EXPECT_TRUE(holds(error.what(), "--json " + paths.json)) << error.what();
+            EXPECT_TRUE(holds(error.what(), "no folder " + directory.file(folder)));
+        }
+    }
+}
+
+// As programs that merge or cut files write times anew: the same times, but for rounding.
+TEST_F(Results, TimesAreReadInTheirOwnUnit) {
+    ::orvik::exportResults(waves, paths);
+    const std::string before = contentOf(paths.csv) + contentOf(paths.swan) + explain(4);
+    int file = -1;
+    int time = -1;
+    ASSERT_EQ(nc_open(waves.c_str(), NC_WRITE, &file), NC_NOERR);
+    ASSERT_EQ(nc_inq_varid(file, "time", &time), NC_NOERR);
+    const std::string units = "hours since 2023-11-14 03:00:00";
+    ASSERT_EQ(nc_put_att_text(file, time, "units", units.size(), units.data()), NC_NOERR);
+    for (std::size_t i = 0; i < ::orvik::test::kSampleBursts; ++i) {
+        const double hours =
+            (1.7e9 + 3600.0 * static_cast<double>(i) - 1699930800.0) / 3600.0; // of sampleBurst
+        ASSERT_EQ(nc_put_var1_double(file, time, &i, &hours), NC_NOERR);
+    }
+    ASSERT_EQ(nc_close(file), NC_NOERR);
+    ::orvik::exportResults(waves, paths);
+    EXPECT_EQ(contentOf(paths.csv) + contentOf(paths.swan) + explain(4), before);
+}
+
+TEST(Times, AHairBeforeASecondIsThatSecond) {
+    EXPECT_EQ(::orvik::timeText(1730765999.9999995), "2024-11-05 00:20:00");
+    EXPECT_EQ(::orvik::isoTime(1730765999.9999995), "2024-11-05T00:20:00Z");
+    EXPECT_EQ(::orvik::timeText(1730765999.999), "2024-11-05 00:19:59");
+    EXPECT_EQ(::orvik::timeText(-1e-7), "1970-01-01 00:00:00");
+    EXPECT_EQ(::orvik::timeText(253402300799.5), "-");
 }
 
 // The last bytes are those that find the disk full.
