@@ -6,6 +6,9 @@
 #include <iostream>
 #include <string>
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
@@ -73,6 +76,19 @@ int answer(const CLI::App &app, const CLI::ParseError &error) {
     return fail(fmt::format("{}; 'orvik{} --help' lists the options", text, command), kUsage);
 }
 
+// Who reads may stop reading, as `| head` does; nothing is lost then that anybody wanted.
+bool readerIsGone() {
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    return poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;
+}
+
+// What a failed flush could not write is dropped: a later one succeeds, and only the stream's mark tells.
+bool isOutputWritten() {
+    std::cout.flush();
+    const bool flushed = std::cout.good() && std::fflush(stdout) == 0;
+    return flushed && (std::ferror(stdout) == 0 || readerIsGone());
+}
+
 int run(int argc, char **argv) {
     CLI::App app{"Directional waves from bursts of acoustic current meters", "orvik"};
     app.set_version_flag("--version", versionText());
@@ -92,9 +108,7 @@ int run(int argc, char **argv) {
             return status;
         }
     }
-    std::cout.flush();
-    const bool written = std::cout.good() && std::fflush(stdout) == 0;
-    return written ? 0 : fail("cannot write to standard output", kFailed);
+    return isOutputWritten() ? 0 : fail("cannot write to standard output", kFailed);
 }
 
 } // namespace
