@@ -15,6 +15,7 @@
 #include "netcdf/nc_file.hpp"
 #include "netcdf/units.hpp"
 #include "results/burst_table.hpp"
+#include "results/result_reader.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -75,11 +76,18 @@ Statistics statisticsOf(const NcReader &file, const NcVariable &variable) {
     return statistics;
 }
 
+// With as many digits as tell it from its neighbours, which single precision has fewer of.
+std::string scalarText(const NcReader &file, const NcVariable &variable) {
+    const double value = file.readAll(variable).front();
+    return variable.type == NC_FLOAT ? fmt::format("{}", static_cast<float>(value))
+                                     : fmt::format("{}", value);
+}
+
 void printScalars(const NcReader &file, const std::vector<NcVariable> &variables) {
     for (const NcVariable &variable : variables) {
         if (variable.size() == 1 && variable.dimensions.empty() && isNumeric(variable)) {
             const std::string units = file.text(&variable, "units").value_or("");
-            fmt::print("  {:<36}{:>12g}{}\n", variable.name, file.readAll(variable).front(),
+            fmt::print("  {:<36}{:>12}{}\n", variable.name, scalarText(file, variable),
                        units.empty() || units == "1" ? "" : " " + units);
         }
     }
@@ -98,16 +106,15 @@ void printVariables(const NcReader &file, const std::vector<NcVariable> &variabl
     }
 }
 
-std::vector<double> startTimes(const NcReader &file) {
+// The first and the last one: a continuous record has a time for each of its many samples.
+std::vector<double> endsOfTime(const NcReader &file) {
     for (const char *name : {"time", "burst_start_time"}) {
         const auto variable = file.find(name);
-        if (variable && variable->dimensions.size() == 1) {
+        if (variable && variable->dimensions.size() == 1 && variable->size() > 0) {
             const TimeUnit unit = timeUnit(file, *variable);
-            std::vector<double> times = file.readAll(*variable);
-            for (double &time : times) {
-                time = time * unit.scale + unit.epoch;
-            }
-            return times;
+            const double first = file.read(*variable, {0}, {1}).front();
+            const double last = file.read(*variable, {variable->size() - 1}, {1}).front();
+            return {first * unit.scale + unit.epoch, last * unit.scale + unit.epoch};
         }
     }
     return {};
@@ -142,7 +149,9 @@ std::vector<double> column(const NcReader &file, const std::string &name, std::s
 
 int wholeOr0(double value) { return std::isfinite(value) ? static_cast<int>(value) : 0; }
 
-void printResults(const NcReader &file, const std::vector<double> &times) {
+void printResults(const NcReader &file) {
+    const auto time = file.find("time");
+    const std::vector<double> times = time ? timesOf(file, *time) : std::vector<double>();
     const std::size_t bursts = times.size();
     const auto number = column(file, "burst", bursts);
     const auto height = column(file, "hm0", bursts);
@@ -187,11 +196,14 @@ void runShow(const std::string &path) {
     const std::vector<NcVariable> variables = file.variables();
     const bool isResult = file.find("hm0") && file.find("quality_flag");
     const bool isBurst = file.dimensionLength("sample").has_value();
-    const std::vector<double> times = startTimes(file);
-    printHead(file, isResult ? "result file" : isBurst ? "burst file" : "netCDF file", times);
+    printHead(file,
+              isResult  ? "result file"
+              : isBurst ? "burst file"
+                        : "netCDF file",
+              endsOfTime(file));
     printScalars(file, variables);
     if (isResult) {
-        printResults(file, times);
+        printResults(file);
     }
     printVariables(file, variables);
 }

@@ -1,5 +1,6 @@
 // `orvik show`: burst files and result files at a glance.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "host/burst/nc_sketch.hpp"
 #include "host/burst/scratch_directory.hpp"
@@ -45,6 +46,45 @@ TEST(Show, ResultFileIsTheTableOfItsProcessing) {
     EXPECT_TRUE(holds(outcome.output, "result file"));
     EXPECT_TRUE(holds(outcome.output, "    1  2024-11-05 01:00:00")) << outcome.output;
     EXPECT_TRUE(holds(outcome.output, "track"));
+}
+
+TEST(Show, ScalarsHaveAllTheirDigits) {
+    const ::orvik::test::ScratchDirectory directory;
+    const std::string path = directory.file("a.nc");
+    {
+        NcSketch file(path);
+        file.scalar("start", "s", 1730764800.0).scalar("latitude", "degree_north", -53.123456);
+        file.variable("cell_size", {}, "m", {0.1}, NC_FLOAT);
+    }
+    const Outcome outcome = orvik({"show", path});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_TRUE(holds(outcome.output, "  1730764800 s\n")) << outcome.output;
+    EXPECT_TRUE(holds(outcome.output, "  -53.123456 degree_north\n")) << outcome.output;
+    EXPECT_TRUE(holds(outcome.output, "  0.1 m\n")) << outcome.output;
+}
+
+// 40 million times are 320 MB; the first and the last one are shown.
+TEST(Show, ALongRecordTakesNoMemory) {
+    const ::orvik::test::ScratchDirectory directory;
+    const std::string path = directory.file("a.nc");
+    const std::size_t samples = 40'000'000;
+    NcSketch(path)
+        .dimension("time", samples)
+        .packed({{"time", 65536}})
+        .variable("time", {"time"}, "seconds since 1970-01-01 00:00:00", {});
+    int file = -1;
+    ASSERT_EQ(nc_open(path.c_str(), NC_WRITE, &file), NC_NOERR);
+    for (const std::size_t place : {std::size_t{0}, samples - 1}) {
+        const auto time = static_cast<double>(place);
+        ASSERT_EQ(nc_put_var1_double(file, 0, &place, &time), NC_NOERR);
+    }
+    ASSERT_EQ(nc_close(file), NC_NOERR);
+    const Outcome outcome = orvik({"show", path});
+    EXPECT_TRUE(holds(outcome.output, "from 1970-01-01 00:00:00 to 1971-04-08 23:06:39 UTC"))
+        << outcome.output;
+    rusage usage{};
+    ASSERT_EQ(getrusage(RUSAGE_CHILDREN, &usage), 0);
+    EXPECT_LT(usage.ru_maxrss, 200 * 1024); // [KiB]
 }
 
 TEST(Show, MissingFile) {
