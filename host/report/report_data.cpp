@@ -9,9 +9,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "netcdf/units.hpp"
 #include "report/packing.hpp"
+#include "results/burst_table.hpp"
 #include "results/quality_words.hpp"
+#include "results/result_reader.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -25,7 +26,7 @@ constexpr int kNotToKeep = OV_FLAG_NO_SIGNAL | OV_FLAG_FLAT_SPECTRUM | OV_FLAG_I
                            OV_FLAG_NO_RESULT | OV_FLAG_RISING_SPECTRUM;
 
 constexpr int kDensityDigits = 3;
-constexpr int kDensityDecades = 8; // below the greatest value of the deployment
+constexpr int kDensityDecades = 8; // below the greatest value of the bursts that are to be kept
 constexpr double kDirectionStep = 0.1;
 constexpr int kDistributionDigits = 2;
 constexpr int kDistributionDecades = 3; // below the greatest value of the burst
@@ -87,11 +88,8 @@ NcVariable needed(const NcReader &file, const std::string &name,
 
 std::vector<double> times(const NcReader &file) {
     const NcVariable variable = needed(file, "time", {"time"});
-    const TimeUnit unit = timeUnit(file, variable);
-    std::vector<double> values = file.readAll(variable);
-    for (double &value : values) {
-        value = value * unit.scale + unit.epoch;
-    }
+    std::vector<double> values = timesOf(file, variable);
+    std::transform(values.begin(), values.end(), values.begin(), roundedTime);
     return values;
 }
 
@@ -142,20 +140,42 @@ Json burstValues(const NcReader &file) {
     return all;
 }
 
-Json density(const std::vector<double> &values) {
-    const int lowest = greatestExponent(values) - kDensityDecades;
+// Of bursts that are to be kept: a single damaged one may hold what is as good as nothing for all others. When there are
+// none to be kept, of all.
+double greatestDensity(const std::vector<double> &values, const std::vector<std::int64_t> &flags) {
+    const std::size_t bins = values.size() / flags.size();
+    double ofKept = 0.0;
+    double ofAll = 0.0;
+    for (std::size_t i = 0; i < bins * flags.size(); ++i) {
+        if (std::isfinite(values[i])) {
+            ofAll = std::max(ofAll, values[i]);
+            ofKept = (flags[i / bins] & kNotToKeep) == 0 ? std::max(ofKept, values[i]) : ofKept;
+        }
+    }
+    return ofKept > 0.0 ? ofKept : ofAll;
+}
+
+Json density(const std::vector<double> &values, const std::vector<std::int64_t> &flags) {
+    const double greatest = greatestDensity(values, flags);
+    const int lowest = greatestExponent({greatest}) - kDensityDecades;
     return {{"digits", kDensityDigits},
+            {"greatest", greatest},
             {"lowest", lowest},
             {"data", packCodes(decimalCodes(values, kDensityDigits, lowest))}};
 }
 
+std::vector<std::int64_t> qualityFlags(const NcReader &file) {
+    return wholeNumbers(file, needed(file, "quality_flag", {"time"}));
+}
+
 Json spectra(const NcReader &file) {
+    const std::vector<std::int64_t> flags = qualityFlags(file);
     Json all = Json::object();
     for (const char *name : kDensities) {
         const auto variable = file.find(name);
         if (variable && (isOver(*variable, {"time", "freq"}) ||
                          isOver(*variable, {"time", "freq_surface_track"}))) {
-            all[name] = density(file.readAll(*variable));
+            all[name] = density(file.readAll(*variable), flags);
         }
     }
     for (const char *name : {"direction", "spread"}) {
@@ -225,7 +245,7 @@ std::string reportData(const NcReader &file) {
         {"comingFrom", comesFrom(file)},
         {"attributes", attributes(file)},
         {"times", times(file)},
-        {"flags", wholeNumbers(file, needed(file, "quality_flag", {"time"}))},
+        {"flags", qualityFlags(file)},
         {"freq", file.readAll(needed(file, "freq", {"freq"}))},
         {"dir", file.readAll(needed(file, "dir", {"dir"}))},
         {"values", burstValues(file)},

@@ -85,6 +85,33 @@ TEST_F(ReportData, SpectraReachEightDecadesDown) {
     EXPECT_EQ(density["data"], orvik::packCodes(orvik::decimalCodes(kDensity, 3, -7)));
 }
 
+// What a damaged burst holds, whatever it may be, leaves everybody else's spectra as they are.
+TEST_F(ReportData, SpectraReachDownFromTheGreatestThatIsKept) {
+    Numbers density = kDensity;
+    density[4] = 1e20;
+    int file = -1;
+    int variable = -1;
+    ASSERT_EQ(nc_open(path_.c_str(), NC_WRITE, &file), NC_NOERR);
+    ASSERT_EQ(nc_inq_varid(file, "variance_density", &variable), NC_NOERR);
+    ASSERT_EQ(nc_put_var_double(file, variable, density.data()), NC_NOERR);
+    ASSERT_EQ(nc_close(file), NC_NOERR);
+    const Json found = data()["spectra"]["variance_density"];
+    EXPECT_EQ(found["lowest"], -7);
+    EXPECT_EQ(found["greatest"], 12.0);
+    EXPECT_EQ(found["data"], orvik::packCodes(orvik::decimalCodes(density, 3, -7)));
+}
+
+TEST_F(ReportData, WithoutABurstToKeepSpectraReachDownFromTheGreatest) {
+    const Numbers flags{32.0, 32.0};
+    int file = -1;
+    int variable = -1;
+    ASSERT_EQ(nc_open(path_.c_str(), NC_WRITE, &file), NC_NOERR);
+    ASSERT_EQ(nc_inq_varid(file, "quality_flag", &variable), NC_NOERR);
+    ASSERT_EQ(nc_put_var_double(file, variable, flags.data()), NC_NOERR);
+    ASSERT_EQ(nc_close(file), NC_NOERR);
+    EXPECT_EQ(data()["spectra"]["variance_density"]["greatest"], 12.0);
+}
+
 TEST_F(ReportData, DistributionsReachThreeDecadesDownByBurst) {
     const Json distribution = data()["distribution"];
     Numbers energy = kEnergy;

@@ -120,6 +120,11 @@ export class Deployment {
     return this.opened.get(key);
   }
 
+  // Of the bursts that are to be kept; a discarded one may hold more.
+  greatest(name) {
+    return this.packedSpectra[name].greatest;
+  }
+
   spectrum(name, burst) {
     const all = this.spectra(name);
     const bins = all.length / this.count;

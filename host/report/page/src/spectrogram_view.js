@@ -57,7 +57,7 @@ function paint(deployment, greatest, limit) {
 }
 
 export function spectrogramView(deployment, axis, choose) {
-  const greatest = deployment.spectra("variance_density").reduce((most, value) => (value > most ? value : most), 0);
+  const greatest = deployment.greatest("variance_density");
 
   function option(width) {
     const hasPlace = deployment.inOrder.length > 0 && greatest > 0;
