@@ -150,9 +150,10 @@ void writeExports(const ProcessOptions &options) {
 }
 
 void runProcess(const ProcessOptions &options) {
-    checkExportPaths(options.exports, options.output);
     const std::unique_ptr<BurstSource> source = openSource(options.inputs, options);
-    refuseOutputOverInput(options, *source);
+    std::vector<std::string> read = source->files();
+    read.push_back(options.deployment.factsFile);
+    checkExportPaths(options.exports, options.output, read);
     const Plan plan = planFor(options, *source);
     if (options.dryRun) {
         fmt::print("{}", describe(plan, *source, options));
@@ -171,6 +172,21 @@ void runProcess(const ProcessOptions &options) {
     writeExports(options);
     if (options.timing) {
         sayTiming(outcome.times);
+    }
+}
+
+// There they would be taken for bursts, or take their place.
+void refuseExportsIn(const std::string &folder, const ExportPaths &exports) {
+    for (const std::string &path : {exports.swan, exports.ww3, exports.csv, exports.json}) {
+        if (path.empty() || !isBurstFileName(path)) {
+            continue;
+        }
+        std::error_code ignored;
+        const auto place = std::filesystem::absolute(path).parent_path();
+        if (std::filesystem::equivalent(place, folder, ignored)) {
+            throw UsageError(fmt::format(
+                "{} lies in the folder that is watched: write it to another one", path));
+        }
     }
 }
 
@@ -198,7 +214,8 @@ void runFollow(const ProcessOptions &options) {
     run.onBadFile = [](const std::string &file, const std::string &reason) {
         say("note", fmt::format("{} is left out: {}", file, reason));
     };
-    checkExportPaths(options.exports, options.output);
+    checkExportPaths(options.exports, options.output, {options.deployment.factsFile});
+    refuseExportsIn(options.follow, options.exports);
     follow(run);
     if (reporter) {
         writeExports(options);

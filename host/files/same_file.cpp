@@ -30,8 +30,8 @@ void refuseOverwriting(const std::string &option, const std::string &output,
                        const std::vector<std::string> &filesRead) {
     for (const std::string &file : filesRead) {
         if (isSameFile(output, file)) {
-            throw UsageError(option + " " + output + " would overwrite " + file +
-                             ", which is read: give the output another name");
+            throw UsageError(option + " " + output + " would overwrite the input file " + file +
+                             ": give the output another name");
         }
     }
 }

@@ -204,16 +204,6 @@ Plan planFor(const ProcessOptions &options, const BurstSource &source) {
     return plan;
 }
 
-void refuseOutputOverInput(const ProcessOptions &options, const BurstSource &source) {
-    for (const std::string &file : source.files()) {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(file, options.output, ignored)) {
-            throw UsageError("--output is the input file " + file +
-                             ": give the results another name");
-        }
-    }
-}
-
 std::string identityOf(const Plan &plan) {
     std::string text;
     for (const auto &[name, value] : plan.layout.attributes) {

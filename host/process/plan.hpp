@@ -25,9 +25,6 @@ struct Plan {
 // Throws UserError or UsageError when it cannot be done.
 Plan planFor(const ProcessOptions &options, const BurstSource &source);
 
-// Throws UsageError when the results would be written over an input.
-void refuseOutputOverInput(const ProcessOptions &options, const BurstSource &source);
-
 // Everything that the results depend on, as text: two runs with the same one give the same bytes.
 std::string identityOf(const Plan &plan);
 

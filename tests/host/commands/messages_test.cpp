@@ -46,6 +46,20 @@ TEST_F(Messages, SourceIsRefusedWhereItWouldDoNothing) {
            "--source velocity is for methods 2 to 4");
 }
 
+TEST_F(Messages, WhatIsReadIsNotOverwritten) {
+    std::ofstream(facts) << "roll_offset = 0\n";
+    for (const std::vector<std::string> &outputs :
+         {std::vector<std::string>{"-o", sea}, std::vector<std::string>{"-o", facts},
+          std::vector<std::string>{"-o", result, "--ww3", sea},
+          std::vector<std::string>{"-o", result, "--csv", facts}}) {
+        std::vector<std::string> call{"process", sea, "--facts", facts};
+        call.insert(call.end(), outputs.begin(), outputs.end());
+        EXPECT_EQ(orvik(call).exitCode, 2) << outputs.back();
+    }
+    EXPECT_EQ(orvik({"show", sea}).exitCode, 0);
+    EXPECT_FALSE(std::filesystem::exists(result));
+}
+
 TEST_F(Messages, FineStepsEndTheAxes) {
     const Outcome fine = orvik({"process", sea, "-o", result, "--freq-step", "0.001"});
     EXPECT_EQ(fine.exitCode, 0);

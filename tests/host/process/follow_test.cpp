@@ -243,7 +243,8 @@ TEST_F(Follow, OptionsThatSuitNoFileEndIt) {
     arrive("a.nc", "05");
     for (const std::vector<std::string> &wrong :
          {std::vector<std::string>{"--set", "foo=1"}, std::vector<std::string>{"--dry-run"},
-          std::vector<std::string>{"--timing"}}) {
+          std::vector<std::string>{"--timing"},
+          std::vector<std::string>{"--csv", folder + "/w.csv"}}) {
         EXPECT_EQ(orvik(arguments(wrong)).exitCode, 2) << wrong.front();
     }
     EXPECT_FALSE(fs::exists(result));
