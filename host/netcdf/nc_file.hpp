@@ -98,6 +98,9 @@ private:
         NcSlab::Bytes bytes;
     };
 
+    // Empty when there is no such attribute.
+    [[nodiscard]] std::vector<double> numbers(const NcVariable &variable,
+                                              const std::string &attribute) const;
     [[nodiscard]] std::vector<double> markers(const NcVariable &variable) const;
     [[nodiscard]] const NcPacking &packing(const NcVariable &variable) const;
     [[nodiscard]] std::vector<std::byte> readRaw(const NcVariable &variable,

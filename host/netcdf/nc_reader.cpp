@@ -1,11 +1,45 @@
 #include "netcdf/nc_file.hpp"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <memory>
 
 #include "user_error.hpp"
 
 namespace orvik {
+
+namespace {
+
+// The type of as many bytes without a sign: files of the classic formats have none of their own.
+nc_type unsignedType(nc_type type) {
+    switch (type) {
+    case NC_BYTE:
+        return NC_UBYTE;
+    case NC_SHORT:
+        return NC_USHORT;
+    case NC_INT:
+        return NC_UINT;
+    case NC_INT64:
+        return NC_UINT64;
+    default:
+        return type;
+    }
+}
+
+// A marker as one of the numbers that it is compared with: of no more digits than these have, and without a sign where they
+// are taken so.
+double asKept(nc_type type, bool signDropped, double marker) {
+    constexpr double kMostFloat = std::numeric_limits<float>::max();
+    if (type == NC_FLOAT && std::abs(marker) <= kMostFloat) {
+        return static_cast<double>(static_cast<float>(marker));
+    }
+    return signDropped && marker < 0.0
+               ? marker + std::ldexp(1.0, 8 * static_cast<int>(bytesOf(type)))
+               : marker;
+}
+
+} // namespace
 
 std::optional<std::size_t> NcVariable::axis(const std::string &dimension) const {
     for (std::size_t i = 0; i < dimensions.size(); ++i) {
@@ -146,29 +180,38 @@ std::optional<std::string> NcReader::text(const NcVariable *variable,
     return value;
 }
 
-std::optional<double> NcReader::number(const NcVariable &variable,
-                                       const std::string &attribute) const {
+std::vector<double> NcReader::numbers(const NcVariable &variable,
+                                      const std::string &attribute) const {
     nc_type type = NC_NAT;
     std::size_t length = 0;
     if (nc_inq_att(id_, variable.id, attribute.c_str(), &type, &length) != NC_NOERR) {
-        return std::nullopt;
+        return {};
     }
-    double value = 0.0;
-    if (type == NC_CHAR || type == NC_STRING || length != 1 ||
-        nc_get_att_double(id_, variable.id, attribute.c_str(), &value) != NC_NOERR) {
+    std::vector<double> values(length);
+    if (type == NC_CHAR || type == NC_STRING || length == 0 ||
+        nc_get_att_double(id_, variable.id, attribute.c_str(), values.data()) != NC_NOERR) {
+        throw UserError("attribute " + attribute + " of " + variable.name + " in " + path_ +
+                        " must be a number");
+    }
+    return values;
+}
+
+std::optional<double> NcReader::number(const NcVariable &variable,
+                                       const std::string &attribute) const {
+    const std::vector<double> values = numbers(variable, attribute);
+    if (values.size() > 1) {
         throw UserError("attribute " + attribute + " of " + variable.name + " in " + path_ +
                         " must be one number");
     }
-    return value;
+    return values.empty() ? std::nullopt : std::optional(values.front());
 }
 
 // The raw values that stand for "nothing here".
 std::vector<double> NcReader::markers(const NcVariable &variable) const {
     std::vector<double> values;
     for (const char *attribute : {"_FillValue", "missing_value"}) {
-        if (const auto value = number(variable, attribute)) {
-            values.push_back(*value);
-        }
+        const std::vector<double> told = numbers(variable, attribute);
+        values.insert(values.end(), told.begin(), told.end());
     }
     if (!values.empty()) {
         return values;
@@ -198,9 +241,16 @@ const NcPacking &NcReader::packing(const NcVariable &variable) const {
         return known->second;
     }
     // Of a type that is not of numbers the netCDF library says so when it is asked for numbers.
-    const nc_type type = isPackable(variable.type) ? variable.type : NC_DOUBLE;
-    const NcPacking found{type, markers(variable), number(variable, "scale_factor").value_or(1.0),
-                          number(variable, "add_offset").value_or(0.0)};
+    NcPacking found{isPackable(variable.type) ? variable.type : NC_DOUBLE, markers(variable),
+                    number(variable, "scale_factor").value_or(1.0),
+                    number(variable, "add_offset").value_or(0.0)};
+    const std::string isUnsigned = text(&variable, "_Unsigned").value_or("");
+    if (isUnsigned == "true" || isUnsigned == "True") {
+        found.type = unsignedType(found.type);
+    }
+    for (double &marker : found.missing) {
+        marker = asKept(found.type, found.type != variable.type, marker);
+    }
     return packings_.emplace(variable.id, found).first->second;
 }
 
@@ -215,7 +265,7 @@ std::vector<std::byte> NcReader::readRaw(const NcVariable &variable,
     }
     std::vector<std::byte> raw(bytes);
     int status = NC_NOERR;
-    if (type != variable.type) {
+    if (!isPackable(variable.type)) {
         status = nc_get_vara_double(id_, variable.id, start.data(), count.data(),
                                     reinterpret_cast<double *>(raw.data()));
     } else if (step == 1) {

@@ -63,6 +63,19 @@ public:
         return variable(name, {}, units, {value});
     }
 
+    // Attributes of a variable.
+    NcSketch &textOf(const std::string &variable, const std::string &name,
+                     const std::string &value) {
+        must(nc_put_att_text(id_, idOf(variable), name.c_str(), value.size(), value.data()));
+        return *this;
+    }
+    NcSketch &numbersOf(const std::string &variable, const std::string &name,
+                        const std::vector<double> &values) {
+        must(nc_put_att_double(id_, idOf(variable), name.c_str(), NC_DOUBLE, values.size(),
+                               values.data()));
+        return *this;
+    }
+
     // Attributes of the file.
     NcSketch &text(const std::string &name, const std::string &value) {
         must(nc_put_att_text(id_, NC_GLOBAL, name.c_str(), value.size(), value.data()));
@@ -78,6 +91,11 @@ private:
         if (status != NC_NOERR) {
             throw std::runtime_error(nc_strerror(status));
         }
+    }
+    [[nodiscard]] int idOf(const std::string &name) const {
+        int variable = -1;
+        must(nc_inq_varid(id_, name.c_str(), &variable));
+        return variable;
     }
     void pack(int variable, const std::vector<std::string> &dimensions) const {
         std::vector<std::size_t> lengths;

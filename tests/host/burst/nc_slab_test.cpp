@@ -79,6 +79,47 @@ TEST_F(NcSlabs, EveryTypeOfNumber) {
     }
 }
 
+// -999.9 in double precision is no number of single precision.
+TEST_F(NcSlabs, MarkersOfAnotherTypeAndSeveralOfThem) {
+    {
+        NcSketch file(path);
+        file.dimension("sample", 4);
+        file.variable("single", {"sample"}, "1", {-999.9, 1, 1e20, 0.1}, NC_FLOAT);
+        file.numbersOf("single", "missing_value", {-999.9, 1e20, 1e300});
+        file.variable("packed", {"sample"}, "1", {-999, 1, 2, -1}, NC_SHORT);
+        file.numbersOf("packed", "missing_value", {-999.0, -1.0});
+    }
+    const NcReader file(path);
+    expectSame(file.readAll(*file.find("single")),
+               std::vector<double>{kNaN, 1, kNaN, static_cast<double>(0.1F)}, "single");
+    expectSame(file.readAll(*file.find("packed")), std::vector<double>{kNaN, 1, 2, kNaN}, "packed");
+}
+
+TEST_F(NcSlabs, SignedTypesThatHoldUnsignedNumbers) {
+    {
+        NcSketch file(path);
+        file.dimension("sample", 4);
+        const std::vector<double> raw{1, -2, -1, 127};
+        file.variable("byte", {"sample"}, "1", raw, NC_BYTE, {{"missing_value", -1}});
+        file.variable("short", {"sample"}, "1", raw, NC_SHORT,
+                      {{"missing_value", -1}, {"scale_factor", 0.5}, {"add_offset", 3.0}});
+        file.variable("int", {"sample"}, "1", raw, NC_INT, {{"missing_value", -1}});
+        file.variable("default", {"sample"}, "1", {NC_FILL_SHORT, -1, 0, 1}, NC_SHORT);
+        file.variable("signed", {"sample"}, "1", raw, NC_SHORT);
+        for (const char *name : {"byte", "short", "int", "default"}) {
+            file.textOf(name, "_Unsigned", "true");
+        }
+        file.textOf("signed", "_Unsigned", "false");
+    }
+    const NcReader file(path);
+    const auto read = [&file](const char *name) { return file.readAll(*file.find(name)); };
+    expectSame(read("byte"), std::vector<double>{1, 254, kNaN, 127}, "byte");
+    expectSame(read("short"), std::vector<double>{3.5, 32770, kNaN, 66.5}, "short");
+    expectSame(read("int"), std::vector<double>{1, 4294967294.0, kNaN, 127}, "int");
+    expectSame(read("default"), std::vector<double>{kNaN, 65535, 0, 1}, "default");
+    expectSame(read("signed"), std::vector<double>{1, -2, -1, 127}, "signed");
+}
+
 // A number is scaled, shifted, brought to the unit and rounded once, in double precision, whatever it is kept in.
 TEST_F(NcSlabs, ScalesOffsetsUnitsAndMarkers) {
     const std::vector<double> raw{-3, 0, 7, 9, 1234, -32000};
