@@ -45,12 +45,16 @@ std::string trimmed(const std::string &text) {
     return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-std::string usualSpelling(const std::string &text) {
-    std::string lower = text;
-    std::transform(lower.begin(), lower.end(), lower.begin(),
+std::string lower(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return text;
+}
+
+std::string usualSpelling(const std::string &text) {
+    const std::string small = lower(text);
     const auto *found = std::find_if(kSpellings.begin(), kSpellings.end(),
-                                     [&](const auto &spelling) { return lower == spelling.first; });
+                                     [&](const auto &spelling) { return small == spelling.first; });
     return found == kSpellings.end() ? text : found->second;
 }
 
@@ -75,17 +79,34 @@ bool isAngular(const ut_unit *unit) {
     return length > 0 && std::string(text.data()).find("rad") != std::string::npos;
 }
 
-// The table of units takes a 13th month for something else than a mistake.
-bool isCalendarDay(const std::string &text) {
+// The day of "days since 1990-01-01 00:00:00"; nothing when it is written in another way.
+std::optional<std::chrono::year_month_day> dayOf(const std::string &text) {
+    const auto since = text.find("since ");
     int year = 0;
     unsigned month = 0;
     unsigned day = 0;
-    if (std::sscanf(text.c_str(), "%d-%u-%u", &year, &month, &day) != 3) {
-        return true; // written in another way
+    if (since == std::string::npos ||
+        std::sscanf(text.c_str() + since + 6, "%d-%u-%u", &year, &month, &day) != 3) {
+        return std::nullopt;
     }
     return std::chrono::year_month_day{std::chrono::year{year}, std::chrono::month{month},
-                                       std::chrono::day{day}}
-        .ok();
+                                       std::chrono::day{day}};
+}
+
+// The table of units counts days before 15 October 1582 by the Julian calendar, as the standard one does. How many
+// seconds the Gregorian calendar, carried on backwards, is apart from that; nothing when the day cannot be told.
+std::optional<double> prolepticShift(const std::string &text, const TimeUnit &unit) {
+    constexpr double kSureEpoch = -12218428800.0; // [s since 1970] ten days after the change
+    const auto day = dayOf(text);
+    if (!day) {
+        return unit.epoch >= kSureEpoch ? std::optional(0.0) : std::nullopt;
+    }
+    const double standard = ut_encode_date(static_cast<int>(day->year()),
+                                           static_cast<int>(static_cast<unsigned>(day->month())),
+                                           static_cast<int>(static_cast<unsigned>(day->day()))) -
+                            ut_encode_date(1970, 1, 1);
+    const auto days = std::chrono::sys_days{*day}.time_since_epoch().count();
+    return static_cast<double>(days) * 86400.0 - standard;
 }
 
 // Of counts no share can be told, whatever the whole may be.
@@ -148,8 +169,9 @@ double unitFactor(const NcReader &file, const NcVariable &variable, Quantity qua
 }
 
 std::optional<TimeUnit> timeUnit(const std::string &text) {
-    const auto since = text.find("since ");
-    if (since == std::string::npos || !isCalendarDay(trimmed(text.substr(since + 6)))) {
+    // The table of units takes a 13th month for something else than a mistake.
+    const auto day = dayOf(text);
+    if (text.find("since ") == std::string::npos || (day && !day->ok())) {
         return std::nullopt;
     }
     const Unit unit = parsed(trimmed(text));
@@ -171,11 +193,22 @@ std::optional<TimeUnit> timeUnit(const std::string &text) {
 
 TimeUnit timeUnit(const NcReader &file, const NcVariable &variable) {
     const std::string text = trimmed(file.text(&variable, "units").value_or(""));
-    const auto unit = timeUnit(text);
+    auto unit = timeUnit(text);
     if (!unit) {
         throw UserError("variable " + variable.name + " in " + file.path() + " is in \"" + text +
                         "\", expected \"seconds since 1970-01-01 00:00:00\" or the like");
     }
+    const std::string told = trimmed(file.text(&variable, "calendar").value_or("standard"));
+    const std::string calendar = lower(told);
+    const bool proleptic = calendar == "proleptic_gregorian";
+    const auto shift = proleptic ? prolepticShift(text, *unit) : 0.0;
+    if ((!proleptic && calendar != "standard" && calendar != "gregorian") || !shift) {
+        throw UserError("variable " + variable.name + " in " + file.path() + " counts \"" + text +
+                        "\" by the calendar \"" + told +
+                        "\": only standard, gregorian and proleptic_gregorian can be read, the "
+                        "last with dates such as 1970-01-01");
+    }
+    unit->epoch += *shift;
     return *unit;
 }
 

@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include "host/burst/nc_sketch.hpp"
+#include "host/burst/scratch_directory.hpp"
+#include "user_error.hpp"
+
 namespace {
 
 using orvik::Quantity;
@@ -113,6 +117,48 @@ TEST(Units, TimesSinceAnyDay) {
     }
     // A year in milliseconds: the step is exact to better than a microsecond in it.
     EXPECT_NEAR(timeUnit("milliseconds since 2020-01-01")->scale * 31536000000.0, 31536000.0, 1e-6);
+}
+
+// 5 November 2024 in days since the first day of the year 1, by both calendars.
+TEST(Units, CalendarsOfTimes) {
+    const orvik::test::ScratchDirectory directory;
+    const std::string path = directory.file("times.nc");
+    const char *const first = "days since 0001-01-01 00:00:00";
+    {
+        orvik::test::NcSketch file(path);
+        const auto add = [&file](const char *name, const char *units, const char *calendar) {
+            file.variable(name, {}, units, {0.0}).textOf(name, "calendar", calendar);
+        };
+        file.variable("none", {}, first, {0.0});
+        add("standard", first, "standard");
+        add("gregorian", first, "Gregorian");
+        add("proleptic", first, "proleptic_gregorian");
+        add("recent", "days since 1582-10-15", "proleptic_gregorian");
+        add("before", "days since 1582-10-14 12:00", "proleptic_gregorian");
+        add("julian", "days since 1970-01-01", "julian");
+        add("noleap", "days since 1970-01-01", "noleap");
+        add("written", "days since 15000101", "proleptic_gregorian");
+    }
+    const orvik::NcReader file(path);
+    const auto epoch = [&file](const char *name) { return timeUnit(file, *file.find(name)).epoch; };
+    constexpr double kDay = 86400.0;
+    for (const char *name : {"none", "standard", "gregorian"}) {
+        EXPECT_EQ(epoch(name), (20032.0 - 739196.0) * kDay) << name;
+    }
+    EXPECT_EQ(epoch("proleptic"), (20032.0 - 739194.0) * kDay);
+    EXPECT_EQ(epoch("recent"), -141427.0 * kDay);
+    EXPECT_EQ(epoch("before"), -141427.5 * kDay);
+    for (const std::string name : {"julian", "noleap", "written"}) {
+        try {
+            epoch(name.c_str());
+            ADD_FAILURE() << name;
+        } catch (const orvik::UserError &error) {
+            const std::string message = error.what();
+            for (const std::string &part : {"variable " + name, path, std::string("calendar")}) {
+                EXPECT_NE(message.find(part), std::string::npos) << message;
+            }
+        }
+    }
 }
 
 TEST(Units, WhatIsNoTime) {
