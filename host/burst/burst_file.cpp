@@ -17,6 +17,7 @@ namespace {
 constexpr const char *kSample = "sample";
 constexpr const char *kTrackSample = "surface_track_sample";
 constexpr std::array<const char *, 3> kAttitude{"heading", "pitch", "roll"};
+constexpr std::array<const char *, 3> kComponents{"velocity_east", "velocity_north", "velocity_up"};
 
 void requireThree(const NcReader &file, const NcVariable &variable, const std::string &dimension) {
     const std::size_t length = variable.dimensions[*variable.axis(dimension)].length;
@@ -71,6 +72,7 @@ struct BurstFileReader::Impl {
     void findBursts();
     void findSeries();
     void findVelocity();
+    void findComponents();
     void findProfiles();
     void findTrack();
     void findAttitude();
@@ -195,16 +197,7 @@ void BurstFileReader::Impl::findVelocity() {
     }
     if (velocity.empty() &&
         (wantedSystem == VelocitySystem::none || wantedSystem == VelocitySystem::enu)) {
-        for (const char *name : {"velocity_east", "velocity_north", "velocity_up"}) {
-            if (const auto column =
-                    findColumn(file, name, Quantity::velocity, {burstDimension, kSample})) {
-                velocity.push_back(*column);
-            } else if (!velocity.empty() && velocity.size() < 2) {
-                throw UserError(std::string(name) + " is missing in " + file.path() +
-                                ", which has velocity_east");
-            }
-        }
-        system = velocity.empty() ? VelocitySystem::none : VelocitySystem::enu;
+        findComponents();
     }
     if (system == VelocitySystem::none && wantedSystem != VelocitySystem::none) {
         throw MissingVelocities(file.path(), wantedSystem);
@@ -212,6 +205,26 @@ void BurstFileReader::Impl::findVelocity() {
     if (system != VelocitySystem::none && !std::isfinite(instrument.cellRange)) {
         throw MissingFact("cell_range", file.path());
     }
+}
+
+// East, north, up, one variable each, of which only the last may be missing.
+void BurstFileReader::Impl::findComponents() {
+    const auto *const there =
+        std::find_if(kComponents.begin(), kComponents.end(),
+                     [this](const char *name) { return file.find(name).has_value(); });
+    if (there == kComponents.end()) {
+        return;
+    }
+    for (const char *name : kComponents) {
+        if (const auto column =
+                findColumn(file, name, Quantity::velocity, {burstDimension, kSample})) {
+            velocity.push_back(*column);
+        } else if (name != kComponents.back()) {
+            throw UserError(std::string(name) + " is missing in " + file.path() + ", which has " +
+                            *there);
+        }
+    }
+    system = VelocitySystem::enu;
 }
 
 void BurstFileReader::Impl::findProfiles() {

@@ -1,5 +1,6 @@
 #include "burst/fields_layout.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -100,6 +101,10 @@ void FieldsData::findTime() {
     time_ = *time;
     timeUnit_ = timeUnit(file_, time_);
     bursts_ = time_.dimensions.front().length;
+    if (bursts_ == 0) {
+        throw UserError(file_.path() + " holds no bursts: its dimension " +
+                        time_.dimensions.front().name + " is empty");
+    }
     samples_ = file_.dimensionLength(kSample).value_or(0);
     if (samples_ == 0) {
         throw UserError(file_.path() +
@@ -127,7 +132,10 @@ void FieldsData::findPressure() {
 // Along the beams where they are told and not east, north, up is wanted: they serve every method.
 void FieldsData::findVelocity(VelocitySystem wanted) {
     const auto along = file_.find("vel");
-    const bool earth = file_.find(kEarth[0]).has_value();
+    const auto *const ofEarth =
+        std::find_if(kEarth.begin(), kEarth.end(),
+                     [this](const char *name) { return file_.find(name).has_value(); });
+    const bool earth = ofEarth != kEarth.end();
     const bool takesBeams =
         along && (wanted == VelocitySystem::beam || (wanted == VelocitySystem::none && !earth));
     if (takesBeams) {
@@ -147,9 +155,9 @@ void FieldsData::findVelocity(VelocitySystem wanted) {
         for (const char *name : kEarth) {
             if (const auto column = find(name, Quantity::velocity)) {
                 velocity_.push_back(*column);
-            } else if (velocity_.size() < 2) {
+            } else if (name != kEarth.back()) {
                 throw UserError(std::string(name) + " is missing in " + file_.path() +
-                                ", which has " + kEarth[0]);
+                                ", which has " + *ofEarth);
             }
         }
         shape_.system = VelocitySystem::enu;
@@ -254,7 +262,7 @@ void FieldsData::findOrientation() {
     const std::string orientation = file_.text(nullptr, "orientation").value_or("");
     const bool down = orientation.rfind("DOWN", 0) == 0 || orientation.rfind("down", 0) == 0 ||
                       orientation.rfind("Down", 0) == 0;
-    if (!down || !attitude_[2] || bursts_ == 0) {
+    if (!down || !attitude_[2]) {
         return;
     }
     const double roll = meanAngle(series(*attitude_[2], 0, {kSample}));

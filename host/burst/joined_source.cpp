@@ -25,6 +25,8 @@ constexpr NamedFact kFacts[] = {
     {"pressure_sensor_height_above_bed", &Instrument::pressureHeight},
     {"magnetic_declination", &Instrument::declination},
     {"roll_offset", &Instrument::rollOffset},
+    {"longitude", &Instrument::longitude},
+    {"latitude", &Instrument::latitude},
 };
 
 struct NamedProfileFact {
@@ -110,9 +112,10 @@ void JoinedSource::add(const BurstSource &source, const std::string &path) {
         differs = "whether there is a surface track";
     }
     if (!differs.empty()) {
-        throw UserError(differs + " differs between " + parts_.front().path + " and " + path +
-                        ": a deployment is of one instrument; correct it with --set, or process "
-                        "these files one by one");
+        throw UserError(
+            differs + " differs between " + parts_.front().path + " and " + path +
+            ": a deployment is of one instrument at one place; correct it with --set, or process "
+            "these files one by one");
     }
     hasTruth_ = hasTruth_ || source.hasTruth();
     Part part;
@@ -134,10 +137,16 @@ void JoinedSource::add(const BurstSource &source, const std::string &path) {
 
 // Files in the order of their first bursts; when one has no times, all stay in the order given.
 void JoinedSource::sortByTime() {
-    const bool allTimed = std::all_of(parts_.begin(), parts_.end(), [](const Part &part) {
-        return std::isfinite(part.firstTime) && std::isfinite(part.lastTime);
+    const auto untimed = std::find_if(parts_.begin(), parts_.end(), [](const Part &part) {
+        return !std::isfinite(part.firstTime) || !std::isfinite(part.lastTime);
     });
-    if (!allTimed) {
+    if (untimed != parts_.end()) {
+        if (parts_.size() > 1) {
+            notes_.push_back(fmt::format("the {} burst of {} has no time: the files are taken in "
+                                         "the order in which they were named",
+                                         std::isfinite(untimed->firstTime) ? "last" : "first",
+                                         untimed->path));
+        }
         return;
     }
     std::stable_sort(parts_.begin(), parts_.end(), [](const Part &left, const Part &right) {

@@ -316,6 +316,25 @@ TEST_F(BurstInput, EmptyFilesAreRefused) {
     expectMessage({path, "holds no bursts", "time"});
 }
 
+TEST_F(BurstInput, ComponentsOfVelocityAreKnownByName) {
+    using Names = std::vector<std::string>;
+    for (const auto &[there, missing] :
+         {std::pair<Names, std::string>{{"velocity_north", "velocity_up"}, "velocity_east"},
+          {{"velocity_up"}, "velocity_east"},
+          {{"velocity_east", "velocity_up"}, "velocity_north"}}) {
+        std::filesystem::remove(path);
+        {
+            NcSketch file(path);
+            base(file);
+            for (const std::string &name : there) {
+                file.variable(name, {"burst", "sample"}, "m s-1",
+                              std::vector<double>(2 * kSamples, 1.0));
+            }
+        }
+        expectMessage({missing + " is missing in " + path, "which has " + there.front()});
+    }
+}
+
 TEST_F(BurstInput, WithoutPressureNothingWorks) {
     {
         NcSketch file(path);

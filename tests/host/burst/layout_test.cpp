@@ -184,6 +184,84 @@ TEST_F(Layouts, SimultaneousSeriesOfOneCell) {
     }
 }
 
+TEST_F(Layouts, FieldsWithoutBurstsOrWithoutAComponentAreRefused) {
+    const auto messageOf = [this] {
+        try {
+            openDeployment({path}, {});
+        } catch (const UserError &error) {
+            return std::string(error.what());
+        }
+        return std::string("no error");
+    };
+    const std::string since = "seconds since 1970-01-01";
+    {
+        test::NcSketch file(path);
+        file.dimension("time", NC_UNLIMITED).dimension("sample", 4);
+        file.variable("time", {"time"}, since, {});
+        file.variable("P_1ac", {"time", "sample"}, "dbar", {});
+        file.variable("brangeAST", {"time", "sample"}, "m", {});
+    }
+    EXPECT_EQ(messageOf(), path + " holds no bursts: its dimension time is empty");
+    std::filesystem::remove(path);
+    {
+        test::NcSketch file(path);
+        file.dimension("time", 1).dimension("sample", 4);
+        file.variable("time", {"time"}, since, {0.0});
+        file.variable("P_1ac", {"time", "sample"}, "dbar", {10, 10, 10, 10});
+        file.variable("v_1206", {"time", "sample"}, "m s-1", {1, 1, 1, 1});
+    }
+    EXPECT_EQ(messageOf(), "u_1205 is missing in " + path + ", which has v_1206");
+}
+
+TEST_F(Layouts, FilesOfDifferentPlacesAreRefused) {
+    const std::string left = directory.file("left.nc");
+    const std::string right = directory.file("right.nc");
+    const auto write = [](const std::string &file, double start, std::optional<double> longitude) {
+        test::NcSketch sketch(file);
+        sketch.dimension("time", 1).dimension("sample", 4);
+        sketch.variable("time", {"time"}, "seconds since 1970-01-01", {start});
+        sketch.variable("P_1ac", {"time", "sample"}, "dbar", {10, 10, 10, 10});
+        sketch.number("sample_rate", 1.0).number("latitude", 54.0);
+        if (longitude) {
+            sketch.number("longitude", *longitude);
+        }
+    };
+    const auto messageOf = [&](std::optional<double> other, const Overrides &given = {}) {
+        write(left, 0.0, 3.0);
+        write(right, 3600.0, other);
+        try {
+            openDeployment({left, right}, {.overrides = given});
+        } catch (const UserError &error) {
+            return std::string(error.what());
+        }
+        return std::string("no error");
+    };
+    EXPECT_EQ(messageOf(3.0), "no error");
+    EXPECT_EQ(messageOf(100.0).rfind("longitude (3 and 100) differs between " + left, 0), 0U);
+    EXPECT_EQ(messageOf(std::nullopt).rfind("longitude (3 and nan) differs", 0), 0U);
+    EXPECT_EQ(messageOf(100.0, {{"longitude", "3"}}), "no error");
+}
+
+TEST_F(Layouts, FilesWithoutATimeKeepTheirOrderAndSaySo) {
+    const std::string left = directory.file("left.csv");
+    const std::string right = directory.file("right.csv");
+    const DeploymentOptions options{.overrides = {{"sampling_rate", "1"}}};
+    std::ofstream(left) << "pressure\n10\n10\n10\n";
+    std::ofstream(right) << "time [seconds since 1970-01-01],pressure\n0,10\n1,10\n2,10\n";
+    const auto holds = [](const BurstSource &source, const std::string &text) {
+        const std::vector<std::string> notes = source.notes();
+        return std::any_of(notes.begin(), notes.end(), [&text](const std::string &note) {
+            return note.find(text) != std::string::npos;
+        });
+    };
+    EXPECT_FALSE(holds(*openDeployment({left}, options), "order"));
+    const auto source = openDeployment({right, left}, options);
+    EXPECT_TRUE(holds(*source, "the first burst of " + left +
+                                   " has no time: the files are taken "
+                                   "in the order"));
+    EXPECT_EQ(source->files(), (std::vector<std::string>{right, left}));
+}
+
 TEST_F(Layouts, FilesOfDifferentInstrumentsAreRefused) {
     const std::string left = directory.file("left.csv");
     const std::string right = directory.file("right.csv");
