@@ -28,14 +28,16 @@ struct Source {
 
 struct VelocityNames {
     VelocitySystem system;
+    std::size_t count;
     std::array<const char *, 4> names;
 };
 
 constexpr VelocityNames kVelocities[] = {
     {VelocitySystem::beam,
+     4,
      {"velocity_beam_1", "velocity_beam_2", "velocity_beam_3", "velocity_beam_4"}},
-    {VelocitySystem::xyz, {"velocity_x", "velocity_y", "velocity_z", ""}},
-    {VelocitySystem::enu, {"velocity_east", "velocity_north", "velocity_up", ""}},
+    {VelocitySystem::xyz, 3, {"velocity_x", "velocity_y", "velocity_z"}},
+    {VelocitySystem::enu, 3, {"velocity_east", "velocity_north", "velocity_up"}},
 };
 
 // "2008-09-08T12:00:00.5Z" in seconds since 1970; nothing for other text.
@@ -134,6 +136,7 @@ private:
     };
 
     void findColumns(const CsvChoices &choices);
+    [[nodiscard]] std::vector<Source> findComponents(const VelocityNames &candidate) const;
     void findVelocity(VelocitySystem wanted);
     void findTrack();
     void findBursts(const CsvChoices &choices);
@@ -204,22 +207,34 @@ void CsvData::findColumns(const CsvChoices &choices) {
     valid_ = find("sample_valid", Quantity::plain);
 }
 
+// Empty when there is none of them. The fourth beam may be missing, and the velocity up.
+std::vector<Source> CsvData::findComponents(const VelocityNames &candidate) const {
+    const std::size_t least = candidate.system == VelocitySystem::enu ? 2 : 3;
+    std::vector<Source> found;
+    std::string there;
+    std::string missing;
+    for (std::size_t i = 0; i < candidate.count; ++i) {
+        const char *name = candidate.names[i];
+        if (const auto source = find(name, Quantity::velocity)) {
+            found.push_back(*source);
+            there = there.empty() ? name : there;
+        } else if (i < least && missing.empty()) {
+            missing = name;
+        }
+    }
+    if (!there.empty() && !missing.empty()) {
+        throw UserError("column " + missing + " is missing in " + table_.path() + ", which has " +
+                        there);
+    }
+    return found;
+}
+
 void CsvData::findVelocity(VelocitySystem wanted) {
     for (const VelocityNames &candidate : kVelocities) {
         if (!velocity_.empty() || (wanted != VelocitySystem::none && wanted != candidate.system)) {
             continue;
         }
-        for (const char *name : candidate.names) {
-            if (const auto source = find(name, Quantity::velocity)) {
-                velocity_.push_back(*source);
-            }
-        }
-        const std::size_t least = candidate.system == VelocitySystem::enu ? 2 : 3;
-        if (!velocity_.empty() && velocity_.size() < least) {
-            throw UserError("of the columns " + std::string(candidate.names[0]) + ", " +
-                            candidate.names[1] + " and " + candidate.names[2] + " " +
-                            table_.path() + " lacks some");
-        }
+        velocity_ = findComponents(candidate);
         shape_.system = velocity_.empty() ? VelocitySystem::none : candidate.system;
     }
     if (velocity_.empty() && wanted != VelocitySystem::none) {
@@ -335,6 +350,11 @@ RawBurst CsvData::read(std::size_t index) const {
         }
         return ++rows < stretch.rows;
     });
+    if (rows < stretch.rows) {
+        throw UserError(fmt::format("{} has lost rows since it was opened: from line {} on it has "
+                                    "{} of {}",
+                                    path(), place.begin.line, rows, stretch.rows));
+    }
     raw.pressure = withLosses(stretch, raw.pressure, 1);
     raw.velocity = withLosses(stretch, raw.velocity, velocity_.empty() ? 0 : shape_.beams);
     raw.amplitude =

@@ -123,7 +123,9 @@ CsvTable::CsvTable(const std::string &path) : path_(path) {
 
 void CsvTable::forRows(const Place &place, const std::function<bool(const Row &)> &use) const {
     std::ifstream file(path_, std::ios::binary);
-    file.seekg(place.offset);
+    if (!file.seekg(place.offset)) {
+        throw UserError("cannot open " + path_ + " again: was it moved or deleted meanwhile?");
+    }
     LineParser parser(delimiter_);
     std::string line;
     Row row;

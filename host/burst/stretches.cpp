@@ -93,6 +93,10 @@ void StretchCutter::close() {
 }
 
 void StretchCutter::add(double time, bool begins) {
+    if (!std::isfinite(time)) {
+        throw UserError(fmt::format(
+            "the time in {} is missing at its row {}: each sample needs one", name_, row_ + 1));
+    }
     std::size_t lost = 0;
     bool pause = begins;
     if (step_ && current_.rows > 0 && !begins) {
@@ -142,6 +146,8 @@ std::vector<Stretch> StretchCutter::finish() {
 
 std::vector<float> withLosses(const Stretch &stretch, std::vector<float> series,
                               std::size_t width) {
+    constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
+    series.resize(stretch.rows * width, kMissing); // a file may have lost rows since it was cut
     if (stretch.losses.empty()) {
         return series;
     }
@@ -155,7 +161,7 @@ std::vector<float> withLosses(const Stretch &stretch, std::vector<float> series,
     };
     for (const Stretch::Loss &loss : stretch.losses) {
         copyTo(loss.row);
-        result.insert(result.end(), loss.samples * width, std::numeric_limits<float>::quiet_NaN());
+        result.insert(result.end(), loss.samples * width, kMissing);
     }
     copyTo(stretch.rows);
     return result;

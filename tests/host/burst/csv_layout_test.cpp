@@ -2,6 +2,7 @@
 #include "burst/deployment.hpp"
 
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 
 #include <gtest/gtest.h>
@@ -102,6 +103,38 @@ TEST_F(CsvLayout, TimesThatCountFromZeroTakeTheirOrigin) {
     EXPECT_EQ(source->startTime(1), 4600.0);
 }
 
+// A title without text, of a comma at the line's end, is the name of nothing.
+TEST_F(CsvLayout, ColumnsWithoutANameAreNoVelocities) {
+    write("time "
+          "[s],pressure,velocity_east,velocity_north,velocity_up,\n0,10,1,2,3,4\n1,10,1,2,3,4\n");
+    DeploymentOptions options{.overrides = {{"velocity_height_above_bed", "2"}}};
+    options.overrides["simultaneous_sampling"] = "0";
+    const Burst burst = openDeployment({path}, options)->readBurst(0);
+    EXPECT_EQ(burst.velocity[0], (std::vector<float>{1.0F, 1.0F}));
+    EXPECT_EQ(burst.velocity[2], (std::vector<float>{3.0F, 3.0F}));
+}
+
+// Row 3 is lost, and the file is cut short or gone when its burst is read.
+TEST_F(CsvLayout, FilesThatShrinkWhileTheyAreReadAreToldByName) {
+    write("time [s],pressure\n0,10\n1,11\n3,13\n4,14\n");
+    const auto source = openDeployment({path}, {.overrides = {{"simultaneous_sampling", "0"}}});
+    ASSERT_EQ(source->readBurst(0).pressure.size(), 5U);
+    const auto message = [&source] {
+        try {
+            static_cast<void>(source->readBurst(0));
+        } catch (const UserError &error) {
+            return std::string(error.what());
+        }
+        return std::string("no error");
+    };
+    for (const char *text : {"time [s],pressure\n0,10\n1,11\n", "time"}) {
+        write(text);
+        EXPECT_NE(message().find(path + " has lost rows"), std::string::npos) << message();
+    }
+    std::filesystem::remove(path);
+    EXPECT_NE(message().find("cannot open " + path), std::string::npos) << message();
+}
+
 TEST_F(CsvLayout, WhatIsWrongIsSaidWithItsLine) {
     write("time [s],pressure\n0,10\n1,ten\n2,10\n");
     expectMessage({path + " line 3", "\"ten\"", "pressure", "not a number"});
@@ -121,6 +154,16 @@ TEST_F(CsvLayout, WhatIsWrongIsSaidWithItsLine) {
     expectMessage({"pressure is missing", path});
     write("time [s],pressure,velocity_east\n0,10,1\n1,10,1\n");
     expectMessage({"velocity_north", path});
+    write("time [s],pressure,velocity_north,velocity_up\n0,10,1,1\n1,10,1,1\n");
+    expectMessage({"velocity_east is missing in " + path, "velocity_north"});
+    write("time "
+          "[s],pressure,velocity_beam_2,velocity_beam_3,velocity_beam_4\n0,1,1,1,1\n1,1,1,1,1\n");
+    expectMessage({"velocity_beam_1 is missing in " + path, "velocity_beam_2"});
+    write("time "
+          "[s],pressure,velocity_beam_1,velocity_beam_2,velocity_beam_4\n0,1,1,1,1\n1,1,1,1,1\n");
+    expectMessage({"velocity_beam_3 is missing in " + path});
+    write("time [s],pressure,velocity_x,velocity_z\n0,10,1,1\n1,10,1,1\n");
+    expectMessage({"velocity_y is missing in " + path, "velocity_x"});
     write("pressure\n");
     expectMessage({path}, {.overrides = {{"sampling_rate", "1"}}});
     write("");

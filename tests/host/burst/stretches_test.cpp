@@ -105,6 +105,37 @@ TEST(Stretches, EndlessSeriesNeedALength) {
     EXPECT_THROW(cut(ticks(0.0, 1.0, 16385)), UserError);
 }
 
+TEST(Stretches, TimesThatAreMissingAreToldByTheirRow) {
+    for (const std::size_t row : {0U, 7U}) {
+        std::vector<double> times = ticks(0.0, 1.0, 20);
+        times[row] = std::nan("");
+        try {
+            cut(times);
+            FAIL() << row;
+        } catch (const UserError &error) {
+            EXPECT_EQ(std::string(error.what()), "the time in a file is missing at its row " +
+                                                     std::to_string(row + 1) +
+                                                     ": each sample needs one");
+        }
+    }
+}
+
+// A file may be cut short after its stretches were found.
+TEST(Stretches, RowsThatCannotBeReadAnyMoreCountAsLost) {
+    Stretch stretch;
+    stretch.rows = 4;
+    const auto expectOnesThenNaN = [](const std::vector<float> &series, std::size_t ones,
+                                      std::size_t all) {
+        ASSERT_EQ(series.size(), all);
+        for (std::size_t i = 0; i < all; ++i) {
+            EXPECT_EQ(std::isnan(series[i]), i >= ones) << i;
+        }
+    };
+    expectOnesThenNaN(withLosses(stretch, std::vector<float>(4, 1.0F), 2), 4, 8);
+    stretch.losses = {{3, 2}};
+    expectOnesThenNaN(withLosses(stretch, std::vector<float>(4, 1.0F), 2), 4, 12);
+}
+
 TEST(Stretches, TimesThatGoBackAreRefused) {
     std::vector<double> times = ticks(0.0, 1.0, 20);
     times.push_back(3.0);
