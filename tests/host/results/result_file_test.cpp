@@ -128,7 +128,8 @@ TEST_F(Results, WhatIsReadIsNotOverwritten) {
             ::orvik::checkExportPaths(paths, directory.file("new.nc"), {waves, raw});
             ADD_FAILURE() << name;
         } catch (const ::orvik::UsageError &error) {
-            EXPECT_TRUE(holds(error.what(), "--csv " + paths.csv + " would overwrite " + raw))
+            EXPECT_TRUE(holds(error.what(),
+                              "--csv " + paths.csv + " would overwrite the input file " + raw))
                 << error.what();
         }
     }
