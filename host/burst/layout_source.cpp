@@ -100,7 +100,10 @@ void LayoutSource::describePoint() {
     }
     Overrides given = overrides_;
     if (simultaneous_) {
-        given.erase("cell_size");
+        if (given.erase("cell_size") > 0) {
+            notes_.emplace_back("cell_size has no part here: no velocity noise is removed from "
+                                "series whose sensors sample at once");
+        }
         known_["cell_size"] = {{kNoiselessCell}, ""};
     }
     instrument_ = readInstrument({known_, given, data_->path()});

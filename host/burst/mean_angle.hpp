@@ -22,4 +22,10 @@ template <typename Number> double meanAngle(const std::vector<Number> &angles) {
     return east == 0.0 && north == 0.0 ? kUnknown : std::atan2(east, north) / kRadiansPerDegree;
 }
 
+// The same direction from 0 to less than 360 degrees, also once it is rounded to single precision.
+inline double compassAngle(double angle) {
+    const double turned = std::fmod(std::fmod(angle, 360.0) + 360.0, 360.0);
+    return static_cast<float>(turned) < 360.0F ? turned : 0.0;
+}
+
 } // namespace orvik

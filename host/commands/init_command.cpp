@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "burst/deployment.hpp"
+#include "burst/mean_angle.hpp"
 #include "commands/counted.hpp"
 #include "commands/deployment_options.hpp"
 #include "files/text_file.hpp"
@@ -63,7 +64,7 @@ bool isAmong(const std::vector<std::string> &names, const std::string &name) {
 }
 
 void findFactsOf(const Burst &burst, std::size_t number, Findings &findings) {
-    const std::pair<const char *, double> told[] = {{"heading", burst.heading},
+    const std::pair<const char *, double> told[] = {{"heading", compassAngle(burst.heading)},
                                                     {"pitch", burst.pitch},
                                                     {"roll", burst.roll},
                                                     {"time", burst.startTime}};

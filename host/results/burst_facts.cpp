@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "burst/mean_angle.hpp"
 #include "run/front_end.hpp"
 
 namespace orvik {
@@ -17,7 +18,7 @@ BurstFacts factsOf(const Burst &burst, const Instrument &instrument) {
     facts.trackSamples = static_cast<double>(track.size());
     facts.missingTrackSamples = static_cast<double>(std::count_if(
         track.begin(), track.end(), [](float distance) { return !std::isfinite(distance); }));
-    facts.heading = burst.heading;
+    facts.heading = compassAngle(burst.heading);
     facts.pitch = burst.pitch;
     facts.roll = burst.roll;
     return facts;

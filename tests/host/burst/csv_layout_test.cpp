@@ -67,6 +67,16 @@ TEST_F(CsvLayout, DatesUnitsQuotesAndMissingValues) {
     EXPECT_NEAR(static_cast<double>(burst.attitude[0][2]), 180.0, 1e-4);
 }
 
+TEST_F(CsvLayout, ACellSizeThatDoesNothingIsNoted) {
+    write("time [s],pressure\n0,10\n1,11\n");
+    DeploymentOptions options{.overrides = {{"cell_size", "1"}}};
+    const auto notes = openDeployment({path}, options)->notes();
+    ASSERT_EQ(notes.size(), 1U);
+    EXPECT_NE(notes[0].find("cell_size has no part"), std::string::npos) << notes[0];
+    options.overrides["simultaneous_sampling"] = "0";
+    EXPECT_TRUE(openDeployment({path}, options)->notes().empty());
+}
+
 TEST_F(CsvLayout, WithoutTimesARateAndALength) {
     std::string text = "pressure\n";
     for (int i = 0; i < 250; ++i) {

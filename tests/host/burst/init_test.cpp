@@ -96,6 +96,15 @@ TEST_F(Init, CompleteDataLackNothing) {
     EXPECT_TRUE(holds(init.output, "variable cell_range of " + bursts)) << init.output;
 }
 
+// A mean of angles comes out from -180 to 180.
+TEST_F(Init, HeadingsAreToldAsACompassShowsThem) {
+    simulate({"--heading", "350"});
+    EXPECT_TRUE(holds(orvik({"init", bursts, "-o", "-"}).output, "# heading = 350\n"));
+    const std::string result = directory.file("result.nc");
+    ASSERT_EQ(orvik({"process", bursts, "-o", result, "--quiet"}).exitCode, 0);
+    EXPECT_EQ(values(result, "heading"), (std::vector<double>{350.0, 350.0}));
+}
+
 TEST_F(Init, WhatIsThereIsNotOverwritten) {
     simulate({});
     std::ofstream(facts) << "heading = 1\n";
