@@ -1,5 +1,6 @@
 #include "files/same_file.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -28,11 +29,12 @@ bool isSameFile(const std::string &one, const std::string &other) {
 
 void refuseOverwriting(const std::string &option, const std::string &output,
                        const std::vector<std::string> &filesRead) {
-    for (const std::string &file : filesRead) {
-        if (isSameFile(output, file)) {
-            throw UsageError(option + " " + output + " would overwrite the input file " + file +
-                             ": give the output another name");
-        }
+    const auto file =
+        std::find_if(filesRead.begin(), filesRead.end(),
+                     [&output](const std::string &read) { return isSameFile(output, read); });
+    if (file != filesRead.end()) {
+        throw UsageError(option + " " + output + " would overwrite the input file " + *file +
+                         ": give the output another name");
     }
 }
 
