@@ -77,7 +77,8 @@ struct Burst {
     std::vector<float> pressure; // [dbar]
     VelocitySystem velocitySystem = VelocitySystem::none;
     std::array<std::vector<float>, 3> velocity; // [m/s] by beam or component
-    std::optional<Profile> profile;             // of a profile instrument, instead of `velocity`
+    bool velocitiesAtOnce = false;  // sampled at one instant, not as a point instrument takes turns
+    std::optional<Profile> profile; // of a profile instrument, instead of `velocity`
     std::array<std::vector<float>, 3>
         attitude; // [degrees] heading, pitch, roll by sample, or empty
     std::vector<float>

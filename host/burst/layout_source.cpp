@@ -191,18 +191,12 @@ void LayoutSource::bringToInstants(Burst &burst) const {
         burst.valid.assign(samples, 1);
     }
     for (std::size_t i = 0; i < samples; ++i) {
-        bool told = std::isfinite(burst.pressure[i]);
-        for (const std::vector<float> &series : burst.velocity) {
-            told = told && (series.empty() || std::isfinite(series[i]));
-        }
-        burst.valid[i] = told ? burst.valid[i] : std::uint8_t{0};
+        burst.valid[i] = std::isfinite(burst.pressure[i]) ? burst.valid[i] : std::uint8_t{0};
     }
     const bool hasTrack = !burst.surfaceTrack.empty();
     burst.pressure = shiftedSeries(burst.pressure, -pressureDelay(rate, hasTrack) * rate);
-    for (std::size_t b = 0; b < 3 && !burst.velocity[b].empty(); ++b) {
-        burst.velocity[b] =
-            shiftedSeries(burst.velocity[b], -kBeamInterval * static_cast<double>(b) * rate);
-    }
+    // Each for itself comes to its instant once it is along the beams, or of the components that the method takes.
+    burst.velocitiesAtOnce = true;
     if (!hasTrack) {
         return;
     }

@@ -71,6 +71,39 @@ std::vector<float> shiftedSeries(const std::vector<float> &series, double shift)
     return shifted;
 }
 
+std::vector<float> lowPassed(const std::vector<float> &series, double step, double shift,
+                             std::size_t count) {
+    const std::vector<float> source = withoutGaps(series);
+    const auto last = static_cast<std::ptrdiff_t>(source.size()) - 1;
+    const auto reach = static_cast<std::ptrdiff_t>(std::ceil(kHalfWidth * step));
+    std::vector<double> weights(static_cast<std::size_t>(2 * reach + 1));
+    double weighted = -1.0; // fraction of a sample that the weights are for
+    double sum = 0.0;
+    std::vector<float> passed;
+    for (std::size_t m = 0; m < count; ++m) {
+        const double at = static_cast<double>(m) * step + shift;
+        const double whole = std::floor(at);
+        if (at - whole != weighted) {
+            weighted = at - whole;
+            sum = 0.0;
+            for (std::ptrdiff_t k = -reach; k <= reach; ++k) {
+                const double weight = kernel((static_cast<double>(k) - weighted) / step);
+                weights[static_cast<std::size_t>(k + reach)] = weight;
+                sum += weight;
+            }
+        }
+        double value = 0.0;
+        for (std::ptrdiff_t k = -reach; k <= reach; ++k) {
+            const auto from =
+                std::clamp<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(whole) + k, 0, last);
+            value += weights[static_cast<std::size_t>(k + reach)] *
+                     static_cast<double>(source[static_cast<std::size_t>(from)]);
+        }
+        passed.push_back(static_cast<float>(value / sum));
+    }
+    return passed;
+}
+
 std::array<std::vector<float>, 3> earthFromBeams(const std::array<std::vector<float>, 3> &beams,
                                                  const std::array<double, 9> &matrix,
                                                  double samplingRate) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <vector>
 
 namespace orvik {
@@ -18,6 +19,11 @@ double pressureDelay(double samplingRate, bool withTrack);
 // The series as it would read `shift` samples later, by windowed-sinc interpolation; a fraction of a sample is what it
 // is for. Missing values (NaN) take the value before them.
 std::vector<float> shiftedSeries(const std::vector<float> &series, double shift);
+
+// `count` values of the series, every `step` (1 or more) samples from `shift` samples after its first, without what is
+// faster than half their rate. Missing values (NaN) take the value before them.
+std::vector<float> lowPassed(const std::vector<float> &series, double step, double shift,
+                             std::size_t count);
 
 // East, north, up of along-beam velocities (matrix row by row). A component mixes all beams, and beams taken at
 // different instants leak vertical motion into the horizontal ones: 4 degrees of direction in an 8 s sea. So each

@@ -6,9 +6,11 @@
 
 #include <fmt/format.h>
 
+#include "run/completion.hpp"
 #include "run/point_front_end.hpp"
 #include "run/profile_as_point.hpp"
 #include "run/profile_front_end.hpp"
+#include "run/track_rate.hpp"
 #include "run/unmeasured.hpp"
 #include "user_error.hpp"
 
@@ -36,6 +38,10 @@ std::unique_ptr<FrontEnd> makeFrontEnd(const Instrument &instrument, int method)
         return std::make_unique<ProfileFrontEnd>(instrument);
     }
     return std::make_unique<PointFrontEnd>(instrument, method);
+}
+
+std::string rateNote(const Instrument &told) {
+    return fmt::format("sampled at {:g} Hz: taken at 2 Hz with a surface track", told.samplingRate);
 }
 
 // Upper limit of an axis that holds the bin at `limit`. Limits are single-precision numbers: rounded, one in five of whole
@@ -120,10 +126,13 @@ struct BurstRunner::Impl {
     void clean(const Burst &burst, BurstResult &result) const;
     void collect(BurstResult &result);
     void collectDistribution(BurstResult &result);
+    BurstResult runWhole(const Burst &burst);
+    BurstResult runAnyWay(const Burst &burst);
     BurstResult runHere(const Burst &burst, std::vector<std::uint8_t> present, std::string reason);
     BurstResult runAsPoint(const Burst &burst, const std::vector<std::uint8_t> &present);
 
-    Instrument instrument;
+    const Instrument told;
+    Instrument instrument; // as it is used
     ProcessingChoices choices;
     std::unique_ptr<FrontEnd> frontEnd;
     orvikbase::ProcessingParameters asked;      // of the library for the burst at hand
@@ -133,8 +142,10 @@ struct BurstRunner::Impl {
 };
 
 BurstRunner::Impl::Impl(const Instrument &theInstrument, const ProcessingChoices &theChoices)
-    : instrument(theInstrument), choices(theChoices),
-      frontEnd(makeFrontEnd(theInstrument, theChoices.method)) {
+    : told(theInstrument),
+      instrument(isFasterThanTrack(theInstrument, theChoices.method) ? atTrackRate(theInstrument)
+                                                                     : theInstrument),
+      choices(theChoices), frontEnd(makeFrontEnd(instrument, theChoices.method)) {
     if (choices.method < 1 || choices.method > 4) {
         throw UsageError("--method must be 1, 2, 3 or 4");
     }
@@ -296,10 +307,14 @@ BurstResult BurstRunner::Impl::runAsPoint(const Burst &burst,
     ProcessingChoices pointChoices = choices;
     pointChoices.fineFreqMax =
         static_cast<double>(parameters.fineFreqMax); // half the track's rate, not twice
-    BurstRunner point(asPointInstrument(instrument, cellHeight), pointChoices);
+    const Instrument asPoint = asPointInstrument(instrument, cellHeight);
+    BurstRunner point(asPoint, pointChoices);
     BurstResult result = point.run(asPointBurst(instrument, burst, cleaned));
     result.notes.clear();
     note(burst, result, sent.samples);
+    if (isFasterThanTrack(asPoint, choices.method)) {
+        result.notes.push_back(rateNote(instrument));
+    }
     const double cell = (cellHeight - instrument.profile->blanking) / instrument.cellSize;
     result.waves.selectedCell = static_cast<std::int32_t>(std::lround(cell));
     setParameters(choices.method, usesTrack(choices.method));
@@ -340,19 +355,46 @@ BurstResult BurstRunner::run(const Burst &burst) {
     if (burst.pressure.empty()) {
         throw UserError("a burst has no pressure");
     }
+    if (!isFasterThanTrack(impl.told, impl.choices.method)) {
+        return impl.runWhole(burst);
+    }
+    BurstResult result = impl.runWhole(atTrackRate(impl.told, burst, presentSamples(burst)));
+    result.notes.push_back(rateNote(impl.told));
+    return result;
+}
+
+// A burst that ends just short of a power of two is completed first.
+BurstResult BurstRunner::Impl::runWhole(const Burst &burst) {
+    const std::vector<std::uint8_t> present = presentSamples(burst);
+    const std::size_t samples = present.size();
+    const auto missing = static_cast<std::size_t>(std::count(present.begin(), present.end(), 0));
+    const std::size_t length = completedLength(samples, missing);
+    if (length == samples) {
+        return runAnyWay(burst);
+    }
+    BurstResult result = runAnyWay(completed(burst, present, length));
+    if (result.processed) {
+        result.notes.push_back(
+            fmt::format("bursts of {} samples are made {} long with {} more from within them",
+                        samples, length, length - samples));
+    }
+    return result;
+}
+
+BurstResult BurstRunner::Impl::runAnyWay(const Burst &burst) {
     std::string reason;
     const bool oriented =
         std::isfinite(burst.heading) && std::isfinite(burst.pitch) && std::isfinite(burst.roll);
-    if (!oriented && needsAttitude(impl.instrument, impl.choices.method, burst.velocitySystem)) {
+    if (!oriented && needsAttitude(instrument, choices.method, burst.velocitySystem)) {
         reason = "heading, pitch or roll is missing";
-    } else if (impl.instrument.profile) {
+    } else if (instrument.profile) {
         reason = whyUnusable(burst).value_or("");
     }
     std::vector<std::uint8_t> present = presentSamples(burst);
-    if (reason.empty() && goesAsPoint(impl.instrument, impl.choices.method)) {
-        return impl.runAsPoint(burst, present);
+    if (reason.empty() && goesAsPoint(instrument, choices.method)) {
+        return runAsPoint(burst, present);
     }
-    return impl.runHere(burst, std::move(present), std::move(reason));
+    return runHere(burst, std::move(present), std::move(reason));
 }
 
 } // namespace orvik

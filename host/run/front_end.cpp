@@ -64,15 +64,8 @@ std::vector<std::uint8_t> presentSamples(const Burst &burst) {
     return present;
 }
 
-std::uint16_t announcedSamples(std::size_t samples, std::size_t missing) {
-    std::size_t power = 1;
-    while (power < samples && power < OV_MAX_SAMPLES) {
-        power *= 2;
-    }
-    const bool completes =
-        samples > 512 && power > samples && power - samples + missing <= power / 10;
-    return static_cast<std::uint16_t>(completes ? power
-                                                : std::min<std::size_t>(samples, OV_MAX_SAMPLES));
+std::uint16_t announcedSamples(const Burst &burst) {
+    return static_cast<std::uint16_t>(std::min<std::size_t>(burst.pressure.size(), OV_MAX_SAMPLES));
 }
 
 } // namespace orvik

@@ -36,9 +36,8 @@ std::int16_t matrixCount(double entry);
 // lacks something when none of its cells has a velocity.
 std::vector<std::uint8_t> presentSamples(const Burst &burst);
 
-// Samples that the header announces. A burst just short of a power of two is announced as that and completed by the
-// library; any other longer one loses what is beyond the power of two below.
-std::uint16_t announcedSamples(std::size_t samples, std::size_t missing);
+// Samples that the header announces; the library uses the power of two that is in them.
+std::uint16_t announcedSamples(const Burst &burst);
 
 inline float knownOr0(double angle) { return angle == angle ? static_cast<float>(angle) : 0.0F; }
 

@@ -116,11 +116,23 @@ std::int32_t PointFrontEnd::estimateMask(bool withTrack) const {
     return withTrack ? orvikbase::kMaskBeams | orvikbase::kMaskVertical : orvikbase::kMaskBeams;
 }
 
-// In the system that the method takes.
+// In the system that the method takes, at the instants where the library expects the series.
 Velocities PointFrontEnd::velocities(const Burst &burst) const {
     if (burst.velocitySystem == VelocitySystem::none) {
         return standInVelocities(burst.pressure);
     }
+    if (!burst.velocitiesAtOnce) {
+        return turnedVelocities(burst);
+    }
+    Velocities velocity = withGaps(turnedVelocities(burst), presentSamples(burst));
+    for (std::size_t j = 0; j < 3; ++j) {
+        velocity[j] = shiftedSeries(velocity[j], -kBeamInterval * static_cast<double>(j) *
+                                                     instrument_.samplingRate);
+    }
+    return velocity;
+}
+
+Velocities PointFrontEnd::turnedVelocities(const Burst &burst) const {
     const bool earth = usesEarthVelocities(method_);
     if (burst.velocitySystem == (earth ? VelocitySystem::enu : VelocitySystem::beam)) {
         return burst.velocity;
@@ -128,6 +140,9 @@ Velocities PointFrontEnd::velocities(const Burst &burst) const {
     const Matrix3 xyzToEnu =
         xyzToEnuMatrix(burst.heading, burst.pitch, burst.roll + instrument_.rollOffset);
     if (earth && burst.velocitySystem == VelocitySystem::beam) {
+        if (burst.velocitiesAtOnce) {
+            return turned(burst.velocity, product(xyzToEnu, beamToXyz_));
+        }
         return earthFromBeams(withGaps(burst.velocity, presentSamples(burst)),
                               product(xyzToEnu, beamToXyz_), instrument_.samplingRate);
     }
@@ -145,9 +160,8 @@ Velocities PointFrontEnd::velocities(const Burst &burst) const {
 SentBurst PointFrontEnd::send(orvikbase::Record &record, const Burst &burst,
                               const std::vector<std::uint8_t> &present,
                               orvikbase::CleanedBurst &cleaned) const {
-    const auto missing = static_cast<std::size_t>(std::count(present.begin(), present.end(), 0));
     orvikbase::BurstHeader header;
-    header.samples = announcedSamples(burst.pressure.size(), missing);
+    header.samples = announcedSamples(burst);
     header.cellPositionCounts = counts_.pressureCounts;
     header.distanceCounts = counts_.distanceCounts;
     header.heading = knownOr0(burst.heading);

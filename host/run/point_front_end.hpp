@@ -22,6 +22,7 @@ public:
 
 private:
     [[nodiscard]] std::array<std::vector<float>, 3> velocities(const Burst &burst) const;
+    [[nodiscard]] std::array<std::vector<float>, 3> turnedVelocities(const Burst &burst) const;
 
     Instrument instrument_;
     int method_;

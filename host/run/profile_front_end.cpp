@@ -179,9 +179,8 @@ SentBurst ProfileFrontEnd::send(orvikbase::Record &record, const Burst &burst,
                                 const std::vector<std::uint8_t> &present,
                                 orvikbase::CleanedBurst &cleaned) const {
     const ProfileFacts &facts = *instrument_.profile;
-    const auto missing = static_cast<std::size_t>(std::count(present.begin(), present.end(), 0));
     orvikbase::ProfileBurstHeader header;
-    header.samples = announcedSamples(burst.pressure.size(), missing);
+    header.samples = announcedSamples(burst);
     header.heading = knownOr0(burst.heading);
     header.pitch = knownOr0(burst.pitch);
     header.roll = knownOr0(burst.roll + instrument_.rollOffset);

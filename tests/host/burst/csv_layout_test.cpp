@@ -77,6 +77,17 @@ TEST_F(CsvLayout, ACellSizeThatDoesNothingIsNoted) {
     EXPECT_TRUE(openDeployment({path}, options)->notes().empty());
 }
 
+// They come to their instants in the system that the method takes, not before they are turned into it.
+TEST_F(CsvLayout, VelocitiesOfOneInstantStayAsTheyAre) {
+    write("time [s],pressure,velocity_east,velocity_north\n0,10,1,2\n1,11,3,-4\n");
+    DeploymentOptions options{.overrides = {{"velocity_height_above_bed", "2"}}};
+    const Burst burst = openDeployment({path}, options)->readBurst(0);
+    EXPECT_TRUE(burst.velocitiesAtOnce);
+    EXPECT_EQ(burst.velocity[1], (std::vector<float>{2.0F, -4.0F}));
+    options.overrides["simultaneous_sampling"] = "0";
+    EXPECT_FALSE(openDeployment({path}, options)->readBurst(0).velocitiesAtOnce);
+}
+
 TEST_F(CsvLayout, WithoutTimesARateAndALength) {
     std::string text = "pressure\n";
     for (int i = 0; i < 250; ++i) {

@@ -271,15 +271,6 @@ TEST(BurstRunner, AnUnusableTrackIsAsGoodAsNone) {
     }
 }
 
-TEST(BurstRunner, BurstsJustShortOfAPowerOfTwoAreCompleted) {
-    const SimulatedBurst simulated = sea(1000);
-    const BurstResult result = run(simulated.burst, method(4));
-    ASSERT_TRUE(result.processed) << result.reason;
-    EXPECT_TRUE(result.notes.empty());
-    EXPECT_NEAR(wave(result, &orvikbase::WaveParameters::significantHeight),
-                simulated.truth.realisedHeight, 0.1 * simulated.truth.realisedHeight);
-}
-
 // With its gaps at the end it would be rejected as a whole, and is not as half.
 TEST(BurstRunner, BurstsJustShortOfAPowerOfTwoWithGapsAreCut) {
     Burst burst = sea(1000).burst;
