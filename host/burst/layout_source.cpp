@@ -194,7 +194,7 @@ void LayoutSource::bringToInstants(Burst &burst) const {
         burst.valid[i] = std::isfinite(burst.pressure[i]) ? burst.valid[i] : std::uint8_t{0};
     }
     const bool hasTrack = !burst.surfaceTrack.empty();
-    burst.pressure = shiftedSeries(burst.pressure, -pressureDelay(rate, hasTrack) * rate);
+    burst.pressure = shiftedSeries(burst.pressure, -pressureDelay(instrument_, hasTrack) * rate);
     // Each for itself comes to its instant once it is along the beams, or of the components that the method takes.
     burst.velocitiesAtOnce = true;
     if (!hasTrack) {

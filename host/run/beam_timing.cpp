@@ -34,7 +34,14 @@ std::vector<float> withoutGaps(std::vector<float> series) {
 
 } // namespace
 
-double pressureDelay(double samplingRate, bool withTrack) {
+double pressureDelay(const Instrument &instrument, bool withTrack) {
+    const double samplingRate = instrument.samplingRate;
+    if (instrument.instrumentType == 0) {
+        return 0.32;
+    }
+    if (instrument.instrumentType == 1) {
+        return 2.0 * kBeamInterval;
+    }
     if (samplingRate == 2.0) {
         return 0.17;
     }

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "burst/burst.hpp"
+
 namespace orvik {
 
 // The beams of a point instrument are sampled one after another [s].
@@ -13,8 +15,9 @@ inline constexpr double kBeamInterval = 0.0625;
 // Before the nominal instant of each of its values a point instrument (type 3) takes its surface track [s]
 inline constexpr double kTrackDelay = 0.1875;
 // and its pressure, which the library knows for 0.75, 1 and 2 Hz; at other rates it takes the pressure for as late as the
-// last series before it: the surface track where the method has one, else the last beam.
-double pressureDelay(double samplingRate, bool withTrack);
+// last series before it: the surface track where the method has one, else the last beam. Types 0 and 1 have delays of
+// their own.
+double pressureDelay(const Instrument &instrument, bool withTrack);
 
 // The series as it would read `shift` samples later, by windowed-sinc interpolation; a fraction of a sample is what it
 // is for. Missing values (NaN) take the value before them.

@@ -85,7 +85,8 @@ Burst asPointBurst(const Instrument &instrument, const Burst &burst,
         track.push_back(cleaned.track(i));
     }
     const bool hasTrack = !burst.surfaceTrack.empty() && cleaned.trackUsable();
-    point.pressure = shiftedSeries(pressure, -(offset + pressureDelay(rate, hasTrack)) * rate);
+    point.pressure = shiftedSeries(
+        pressure, -(offset + pressureDelay(asPointInstrument(instrument, 0.0), hasTrack)) * rate);
     point.surfaceTrack.clear();
     if (hasTrack) {
         // A point instrument tracks the surface twice a sample.

@@ -13,7 +13,6 @@ namespace orvik {
 namespace {
 
 constexpr double kRate = 2.0; // [Hz]
-constexpr int kTrackingType = 3;
 constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
 
 std::vector<float> withGaps(std::vector<float> series, const std::vector<std::uint8_t> &present) {
@@ -69,9 +68,8 @@ Burst atTrackRate(const Instrument &instrument, const Burst &burst,
     const double step = rate / kRate;
     const auto count = static_cast<std::size_t>(static_cast<double>(burst.pressure.size()) / step);
     const bool hasTrack = !burst.surfaceTrack.empty();
-    const double later = instrument.instrumentType == kTrackingType
-                             ? pressureDelay(rate, hasTrack) - pressureDelay(kRate, hasTrack)
-                             : 0.0;
+    const double later =
+        pressureDelay(instrument, hasTrack) - pressureDelay(atTrackRate(instrument), hasTrack);
     Burst slower = burst;
     slower.valid = nearest(present, step, count);
     slower.pressure = lowPassed(withGaps(burst.pressure, present), step, later * rate, count);

@@ -138,6 +138,16 @@ TEST(VelocitiesAtOnce, GiveOneAnswerInEverySystem) {
     }
 }
 
+TEST(VelocitiesAtOnce, PressureIsAsLateAsItsInstrumentTakesIt) {
+    for (const auto &[type, delay] :
+         {std::pair{0, 0.32}, std::pair{1, 0.125}, std::pair{3, 0.17}}) {
+        Instrument instrument = bedInstrument(2.0);
+        instrument.instrumentType = type;
+        EXPECT_EQ(pressureDelay(instrument, false), delay);
+    }
+    EXPECT_EQ(pressureDelay(bedInstrument(4.0), true), kTrackDelay);
+}
+
 std::complex<double> currentOf(const BurstResult &result) {
     return std::polar(result.currentSpeed, result.currentDirection * kRadiansPerDegree);
 }
