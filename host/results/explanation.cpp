@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <sstream>
 
 #include <fmt/format.h>
@@ -10,6 +11,7 @@
 #include "results/burst_table.hpp"
 #include "results/confidence.hpp"
 #include "results/quality_words.hpp"
+#include "run/spectrum_tail.hpp"
 
 namespace orvik {
 
@@ -71,25 +73,52 @@ std::string wavesText(const ResultReader &results, const StoredBurst &burst) {
     return paragraph("waves", text);
 }
 
+int sourceOf(const StoredBurst &burst) {
+    const double source = burst.value("spectrum_source");
+    return known(source) ? static_cast<int>(source) : OV_SOURCE_PRESSURE;
+}
+
+std::optional<UnmeasuredHeight> unmeasuredHeightOf(const ResultReader &results,
+                                                   const StoredBurst &burst) {
+    const int source = sourceOf(burst);
+    if (source == OV_SOURCE_SURFACE_TRACK) {
+        return std::nullopt; // it sees waves of all lengths
+    }
+    const char *cutoff =
+        source == OV_SOURCE_VELOCITY ? "velocity_cutoff_frequency" : "pressure_cutoff_frequency";
+    return unmeasuredHeight(burst.spectrum("variance_density"), results.frequencies(),
+                            burst.value(cutoff));
+}
+
+// Chance alone does not bound a height that rests on waves that were not measured.
+std::string heightCertaintyText(const ResultReader &results, const StoredBurst &burst) {
+    const double height = burst.value("hm0");
+    if (const auto unmeasured = unmeasuredHeightOf(results, burst)) {
+        return fmt::format("Waves shorter than {:.1f} s did not reach the sensor: {:.0f} % of the "
+                           "variance behind this height is a tail that was not measured. In seas "
+                           "of such short waves the height is a lower limit. ",
+                           1.0 / unmeasured->frequency, 100.0 * unmeasured->share);
+    }
+    const ConfidenceFactors factors = heightConfidence(
+        burst.spectrum("variance_density"), results.frequencyStep(), burst.value("burst_duration"));
+    if (!known(height) || !known(factors.lower)) {
+        return "";
+    }
+    return fmt::format("In 95 of 100 cases the height of the sea lies between {:.2f} and {:.2f} m: "
+                       "a burst sees only so many waves. ",
+                       height * factors.lower, height * factors.upper);
+}
+
 std::string certaintyText(const ResultReader &results, const StoredBurst &burst) {
     const double degrees = burst.value("degrees_of_freedom");
     if (!known(degrees)) {
         return "";
     }
-    std::string text;
-    const double height = burst.value("hm0");
-    const ConfidenceFactors ofHeight = heightConfidence(
-        burst.spectrum("variance_density"), results.frequencyStep(), burst.value("burst_duration"));
-    if (known(height) && known(ofHeight.lower)) {
-        text += fmt::format("In 95 of 100 cases the height of the sea lies between {:.2f} and "
-                            "{:.2f} m: a burst sees only so many waves. ",
-                            height * ofHeight.lower, height * ofHeight.upper);
-    }
-    text += fmt::format("A value of the spectrum has {:.0f} degrees of freedom: the sea's lies "
-                        "between {:.2f} and {:.2f} times it.",
-                        degrees, burst.value("confidence_lower_factor"),
-                        burst.value("confidence_upper_factor"));
-    return paragraph("certainty", text);
+    const std::string ofSpectrum = fmt::format(
+        "A measured value of the spectrum has {:.0f} degrees of freedom: the sea's lies between "
+        "{:.2f} and {:.2f} times it.",
+        degrees, burst.value("confidence_lower_factor"), burst.value("confidence_upper_factor"));
+    return paragraph("certainty", heightCertaintyText(results, burst) + ofSpectrum);
 }
 
 const char *methodName(int method) {
@@ -119,11 +148,6 @@ bool velocityTellsNoHeights(const StoredBurst &burst) {
     const std::vector<double> density = burst.spectrum("variance_density_velocity");
     return known(burst.value("current_speed")) &&
            std::none_of(density.begin(), density.end(), known);
-}
-
-int sourceOf(const StoredBurst &burst) {
-    const double source = burst.value("spectrum_source");
-    return known(source) ? static_cast<int>(source) : OV_SOURCE_PRESSURE;
 }
 
 std::string methodText(const ResultReader &results, const StoredBurst &burst) {
@@ -249,7 +273,7 @@ std::string repairsText(const StoredBurst &burst) {
     return paragraph("repaired", text.empty() ? "nothing had to be." : text + '.');
 }
 
-std::string flagsText(const StoredBurst &burst) {
+std::string flagsText(const ResultReader &results, const StoredBurst &burst) {
     std::string text;
     for (const QualityWord &word : kQualityWords) {
         if ((burst.qualityFlags & word.mask) != 0) {
@@ -257,7 +281,13 @@ std::string flagsText(const StoredBurst &burst) {
                               fmt::format("{}: {} {}", word.word, word.meaning, word.advice));
         }
     }
-    return text.empty() ? paragraph("flags", "none: nothing speaks against this burst.") : text;
+    if (!text.empty()) {
+        return text;
+    }
+    return paragraph("flags", unmeasuredHeightOf(results, burst)
+                                  ? "none, but the height rests on waves that were not measured: "
+                                    "see certainty."
+                                  : "none: nothing speaks against this burst.");
 }
 
 std::string rejectionText(const StoredBurst &burst) {
@@ -283,7 +313,7 @@ std::string explanationOf(const ResultReader &results, const StoredBurst &burst)
                 methodText(results, burst) + energyText(results, burst) + measuredText(burst) +
                 directionsText(burst) + cellText(results, burst) + repairsText(burst);
     }
-    text += flagsText(burst);
+    text += flagsText(results, burst);
     return burst.processingNotes.empty() ? text
                                          : text + paragraph("notes", burst.processingNotes + ".");
 }

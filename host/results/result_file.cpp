@@ -177,7 +177,7 @@ void ResultFileWriter::Impl::defineNotes() {
     rejection = addData("rejection_reason", NC_STRING, {timeDimension},
                         {{"long_name", "why the burst has no results; empty when it has"}});
     notes = addData("processing_notes", NC_STRING, {timeDimension},
-                    {{"long_name", "what was done otherwise than asked"}});
+                    {{"long_name", "what was done otherwise than asked, and what to mind"}});
 }
 
 void ResultFileWriter::Impl::defineSpectra() {

@@ -31,7 +31,7 @@ struct ProcessingChoices {
 struct BurstResult {
     bool processed = false;         // false: the burst was rejected; everything is missing then
     std::string reason;             // why it was rejected
-    std::vector<std::string> notes; // what was done otherwise than asked
+    std::vector<std::string> notes; // what was done otherwise than asked, and what to mind
     // In use; without a usable surface track method 3 for 4, 1 for 2.
     orvikbase::ProcessingParameters parameters;
     orvikbase::WaveParameters waves;

@@ -178,6 +178,9 @@ void BurstRunner::Impl::note(const Burst &burst, BurstResult &result, std::size_
             "the velocity cell is too near to the bed or too deep to tell heights: the spectrum "
             "is that from pressure");
     }
+    if (const auto unmeasured = noteOnUnmeasuredHeight(result)) {
+        result.notes.push_back(*unmeasured);
+    }
     const bool upwards = std::abs(std::remainder(burst.roll + instrument.rollOffset, 360.0)) < 90.0;
     const double cell = static_cast<double>(result.waves.cellVerticalRange);
     if (result.processed && (upwards || !std::isfinite(burst.roll)) &&

@@ -16,4 +16,15 @@ std::optional<std::size_t> lastMeasuredBin(std::span<const float> density,
 // tail begins at the lowest one; the library then turns its long-wave end into a rise S(f) ~ f^10.
 bool isNothingButTail(std::span<const float> density, std::span<const double> frequencies);
 
+// A height of which too little was measured: what it lacks may be most of the sea.
+struct UnmeasuredHeight {
+    double frequency; // the last that was measured [Hz]
+    double share;     // of m0 that lies in the tail
+};
+
+// Nothing when the spectrum behind the height was measured well beyond its peak. `cutoff` is its last measured frequency.
+std::optional<UnmeasuredHeight> unmeasuredHeight(std::span<const double> density,
+                                                 std::span<const double> frequencies,
+                                                 double cutoff);
+
 } // namespace orvik

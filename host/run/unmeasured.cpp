@@ -13,13 +13,17 @@ namespace {
 
 constexpr double kGreatestTilt = 10.0; // [degrees] beyond which the library sets its flag
 
-bool velocityIsTail(const BurstResult &result) {
-    const auto density = result.spectra.velocityEnergy();
+std::vector<double> frequenciesOf(const BurstResult &result, std::size_t count) {
     std::vector<double> frequencies;
-    for (std::size_t i = 0; i < density.size(); ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         frequencies.push_back(result.parameters.frequency(i));
     }
-    return isNothingButTail(density, frequencies);
+    return frequencies;
+}
+
+bool velocityIsTail(const BurstResult &result) {
+    const auto density = result.spectra.velocityEnergy();
+    return isNothingButTail(density, frequenciesOf(result, density.size()));
 }
 
 void removeVelocitySpectrum(BurstResult &result) {
@@ -35,6 +39,23 @@ bool heightsRestOnTail(const BurstResult &result) {
     return result.processed &&
            static_cast<int>(result.waves.spectrumSource) == OV_SOURCE_VELOCITY &&
            velocityIsTail(result);
+}
+
+std::optional<std::string> noteOnUnmeasuredHeight(const BurstResult &result) {
+    const int source = static_cast<int>(result.waves.spectrumSource);
+    if (!result.processed || source == OV_SOURCE_SURFACE_TRACK) {
+        return std::nullopt; // it sees waves of all lengths
+    }
+    const auto behind = source == OV_SOURCE_VELOCITY ? result.spectra.velocityEnergy()
+                                                     : result.spectra.pressureEnergy();
+    const std::vector<double> frequencies = frequenciesOf(result, result.energy.size());
+    const auto last = lastMeasuredBin(behind, frequencies);
+    const std::vector<double> energy(result.energy.begin(), result.energy.end());
+    if (!last || !unmeasuredHeight(energy, frequencies, frequencies[*last])) {
+        return std::nullopt;
+    }
+    return "much of the height is a tail that was not measured: short waves did not reach the "
+           "sensor, and in seas of such waves the height is a lower limit (see orvik explain)";
 }
 
 void removeDirections(BurstResult &result) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "burst/burst.hpp"
 #include "host/burst/scratch_directory.hpp"
 #include "host/commands/program.hpp"
 #include "netcdf/nc_file.hpp"
@@ -111,6 +112,62 @@ TEST_F(Unmeasured, PressureAlone) {
           "current_speed", "direction", "a1", "efth", "variance_density_velocity", "check_ratio"}) {
         EXPECT_TRUE(isMissing(name)) << name;
     }
+}
+
+constexpr const char *kHeightNote = "much of the height is a tail that was not measured";
+
+// Pressure 24 m deep sees nothing of waves of 4 s: what it makes of them is noise at the cut-off and the tail above it.
+TEST_F(Unmeasured, AHeightOfShortWavesUnderDeepWaterIsNotVouchedFor) {
+    simulate({"--depth", "25", "--period", "4"});
+    for (const char *method : {"1", "3"}) {
+        const Outcome outcome = process({"--method", method});
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+        EXPECT_TRUE(holds(outcome.errors, kHeightNote)) << outcome.errors;
+        EXPECT_LT(values("hm0").at(0), 1.0);
+        const std::string text = explained();
+        EXPECT_TRUE(holds(text, "s did not reach the sensor: ")) << text;
+        EXPECT_TRUE(holds(text, "% of the variance behind this height is a tail")) << text;
+        EXPECT_TRUE(holds(text, "flags none, but the height rests on waves that were not measured"))
+            << text;
+        EXPECT_TRUE(holds(text, kHeightNote)) << text;
+        EXPECT_FALSE(holds(text, "In 95 of 100 cases")) << text;
+        EXPECT_FALSE(holds(text, "nothing speaks against")) << text;
+    }
+    for (const char *method : {"2", "4"}) { // the surface track sees them
+        const Outcome outcome = process({"--method", method});
+        EXPECT_FALSE(holds(outcome.errors, kHeightNote)) << outcome.errors;
+        EXPECT_TRUE(holds(explained(), "In 95 of 100 cases")) << explained();
+    }
+}
+
+TEST_F(Unmeasured, AHeightOfWavesThatReachTheSensorIsVouchedFor) {
+    for (const auto &[depth, period] : {std::pair{"12", "7"}, {"12", "9"}, {"25", "13"}}) {
+        simulate({"--depth", depth, "--period", period});
+        for (const char *method : {"1", "3"}) {
+            const Outcome outcome = process({"--method", method});
+            EXPECT_FALSE(holds(outcome.errors, kHeightNote)) << depth << " m " << outcome.errors;
+            const std::string text = explained();
+            EXPECT_TRUE(holds(text, "In 95 of 100 cases")) << depth << " m " << text;
+            EXPECT_TRUE(holds(text, "nothing speaks against")) << depth << " m " << text;
+        }
+    }
+}
+
+// Exact: three equal bins below the cut-off and tails of known size above it.
+TEST(UnmeasuredHeight, IsAPeakAtTheCutoffOrAQuarterOfTheVariance) {
+    const std::vector<double> frequencies{0.05, 0.06, 0.07, 0.08, 0.09, 0.10};
+    const auto of = [&](const std::vector<double> &density, double cutoff) {
+        return ::orvik::unmeasuredHeight(density, frequencies, cutoff);
+    };
+    EXPECT_FALSE(of({3, 9, 3, 3, 3, 3}, 0.08)); // the tail is a quarter
+    const auto more = of({3, 8, 3, 2, 4, 4}, 0.08);
+    ASSERT_TRUE(more);
+    EXPECT_DOUBLE_EQ(more->share, 8.0 / 24.0);
+    EXPECT_EQ(more->frequency, 0.08);
+    EXPECT_TRUE(of({0, 3, 9, 3, 0, 0}, 0.08)); // a bin below the cut-off
+    EXPECT_FALSE(of({3, 9, 3, 3, 0, 0}, 0.08));
+    EXPECT_FALSE(of({3, 9, 3, 3, 9, 9}, ::orvik::kUnknown)); // all was measured
+    EXPECT_FALSE(of({0, 0, 0, 0, 0, 0}, 0.08));
 }
 
 constexpr double kTilt = 2048.0;
