@@ -142,6 +142,9 @@ public:
     // deflated.
     int addVariable(const std::string &name, nc_type type, const std::vector<int> &dimensions,
                     const Attributes &attributes);
+    // Coordinates, and the bounds of these, are to have no fill value: NaN in them is written as any other number.
+    int addCoordinate(const std::string &name, nc_type type, const std::vector<int> &dimensions,
+                      const Attributes &attributes);
     // What is compressed together, one length for each of the variable's dimensions.
     void setChunks(int variable, const std::vector<std::size_t> &lengths);
     void setFill(int variable, unsigned short value);
@@ -176,6 +179,7 @@ public:
     void commit();
 
 private:
+    int define(const std::string &name, nc_type type, const std::vector<int> &dimensions);
     void check(int status, const std::string &what) const;
     void checkCount(const std::vector<std::size_t> &count, std::size_t values) const;
 

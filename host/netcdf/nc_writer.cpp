@@ -59,8 +59,7 @@ int NcWriter::dimension(const std::string &name) const {
     return dimension;
 }
 
-int NcWriter::addVariable(const std::string &name, nc_type type, const std::vector<int> &dimensions,
-                          const Attributes &attributes) {
+int NcWriter::define(const std::string &name, nc_type type, const std::vector<int> &dimensions) {
     int variable = -1;
     check(nc_def_var(id_, name.c_str(), type, static_cast<int>(dimensions.size()),
                      dimensions.data(), &variable),
@@ -68,6 +67,12 @@ int NcWriter::addVariable(const std::string &name, nc_type type, const std::vect
     if (!dimensions.empty() && type != NC_STRING) {
         check(nc_def_var_deflate(id_, variable, 1, 1, kDeflateLevel), "variable " + name);
     }
+    return variable;
+}
+
+int NcWriter::addVariable(const std::string &name, nc_type type, const std::vector<int> &dimensions,
+                          const Attributes &attributes) {
+    const int variable = define(name, type, dimensions);
     if (type == NC_FLOAT) {
         const float fill = std::numeric_limits<float>::quiet_NaN();
         check(nc_def_var_fill(id_, variable, NC_FILL, &fill), "variable " + name);
@@ -75,6 +80,15 @@ int NcWriter::addVariable(const std::string &name, nc_type type, const std::vect
         const double fill = std::numeric_limits<double>::quiet_NaN();
         check(nc_def_var_fill(id_, variable, NC_FILL, &fill), "variable " + name);
     }
+    for (const auto &[attribute, value] : attributes) {
+        setText(variable, attribute, value);
+    }
+    return variable;
+}
+
+int NcWriter::addCoordinate(const std::string &name, nc_type type,
+                            const std::vector<int> &dimensions, const Attributes &attributes) {
+    const int variable = define(name, type, dimensions);
     for (const auto &[attribute, value] : attributes) {
         setText(variable, attribute, value);
     }

@@ -27,6 +27,8 @@ struct ResultFileWriter::Impl {
 
     int addData(const char *name, nc_type type, const std::vector<int> &dimensions,
                 NcWriter::Attributes attributes);
+    // Results, which the quality flag judges.
+    int addJudged(const VariableText &text, const std::vector<int> &dimensions);
     void defineTimes();
     void defineAxes();
     void definePlace();
@@ -89,18 +91,25 @@ int ResultFileWriter::Impl::addData(const char *name, nc_type type,
     return file.addVariable(name, type, dimensions, attributes);
 }
 
+int ResultFileWriter::Impl::addJudged(const VariableText &text,
+                                      const std::vector<int> &dimensions) {
+    NcWriter::Attributes attributes = describe(text, layout.comingFrom);
+    attributes.emplace_back("ancillary_variables", "quality_flag");
+    return addData(text.name, NC_FLOAT, dimensions, attributes);
+}
+
 void ResultFileWriter::Impl::defineTimes() {
     timeDimension = file.addDimension("time", NC_UNLIMITED);
     const int boundsDimension = file.addDimension("bnds", 2);
-    time = file.addVariable("time", NC_DOUBLE, {timeDimension},
-                            {{"units", "seconds since 1970-01-01 00:00:00"},
-                             {"calendar", "standard"},
-                             {"standard_name", "time"},
-                             {"axis", "T"},
-                             {"bounds", "time_bnds"},
-                             {"long_name", "start of the burst"}});
+    time = file.addCoordinate("time", NC_DOUBLE, {timeDimension},
+                              {{"units", "seconds since 1970-01-01 00:00:00"},
+                               {"calendar", "standard"},
+                               {"standard_name", "time"},
+                               {"axis", "T"},
+                               {"bounds", "time_bnds"},
+                               {"long_name", "start of the burst"}});
     // Bounds have the attributes of what they bound.
-    bounds = file.addVariable("time_bnds", NC_DOUBLE, {timeDimension, boundsDimension}, {});
+    bounds = file.addCoordinate("time_bnds", NC_DOUBLE, {timeDimension, boundsDimension}, {});
     file.setChunks(bounds, {kBlock, 2});
     burst =
         addData("burst", NC_INT, {timeDimension},
@@ -113,9 +122,9 @@ void ResultFileWriter::Impl::defineAxes() {
     dirDimension = file.addDimension("dir", layout.directions);
     const NcWriter::Attributes frequency{
         {"units", "Hz"}, {"standard_name", "wave_frequency"}, {"long_name", "frequency"}};
-    freq = file.addVariable("freq", NC_FLOAT, {freqDimension}, frequency);
-    fine = file.addVariable("freq_surface_track", NC_FLOAT, {fineDimension}, frequency);
-    dir = file.addVariable(
+    freq = file.addCoordinate("freq", NC_FLOAT, {freqDimension}, frequency);
+    fine = file.addCoordinate("freq_surface_track", NC_FLOAT, {fineDimension}, frequency);
+    dir = file.addCoordinate(
         "dir", NC_FLOAT, {dirDimension},
         describe({"dir", "degree", "sea_surface_wave_from_direction",
                   layout.comingFrom ? "direction that waves come from, clockwise from true north"
@@ -137,11 +146,10 @@ void ResultFileWriter::Impl::definePlace() {
 
 void ResultFileWriter::Impl::defineParameters() {
     for (const Parameter &parameter : parameters()) {
-        NcWriter::Attributes attributes = describe(parameter.text, layout.comingFrom);
-        if (!parameter.ofRejectedBursts) {
-            attributes.emplace_back("ancillary_variables", "quality_flag");
-        }
-        values.push_back(addData(parameter.text.name, NC_FLOAT, {timeDimension}, attributes));
+        values.push_back(parameter.ofRejectedBursts
+                             ? addData(parameter.text.name, NC_FLOAT, {timeDimension},
+                                       describe(parameter.text, layout.comingFrom))
+                             : addJudged(parameter.text, {timeDimension}));
     }
     for (const TruthVariable &variable : kTruthVariables) {
         if (layout.hasTruth) {
@@ -182,20 +190,17 @@ void ResultFileWriter::Impl::defineNotes() {
 
 void ResultFileWriter::Impl::defineSpectra() {
     for (const Spectrum &spectrum : spectra()) {
-        series.push_back(addData(spectrum.text.name, NC_FLOAT, {timeDimension, freqDimension},
-                                 describe(spectrum.text, layout.comingFrom)));
+        series.push_back(addJudged(spectrum.text, {timeDimension, freqDimension}));
         file.setChunks(series.back(), {kBlock, layout.frequencies.size()});
     }
-    trackSpectrum =
-        addData("variance_density_surface_track", NC_FLOAT, {timeDimension, fineDimension},
-                describe({"variance_density_surface_track", "m2 s", kDensityName,
-                          "elevation spectrum from the surface track"}));
+    trackSpectrum = addJudged({"variance_density_surface_track", "m2 s", kDensityName,
+                               "elevation spectrum from the surface track"},
+                              {timeDimension, fineDimension});
     file.setChunks(trackSpectrum, {kBlock, layout.fineFrequencies.size()});
-    distribution = addData(
-        "efth", NC_FLOAT, {timeDimension, freqDimension, dirDimension},
-        describe({"efth", "m2 s degree-1", "sea_surface_wave_directional_variance_spectral_density",
-                  "maximum entropy directional spectrum of a1, b1, a2, b2 and "
-                  "variance_density"}));
+    distribution = addJudged(
+        {"efth", "m2 s degree-1", "sea_surface_wave_directional_variance_spectral_density",
+         "maximum entropy directional spectrum of a1, b1, a2, b2 and variance_density"},
+        {timeDimension, freqDimension, dirDimension});
 }
 
 void ResultFileWriter::Impl::writeAxes() {

@@ -40,12 +40,12 @@ void Ww3File::define() {
     const int letter = file_.addDimension("string16", kNameLength);
     const int frequency = file_.addDimension("frequency", results_.frequencies().size());
     const int direction = file_.addDimension("direction", axis_.degrees.size());
-    time_ = file_.addVariable("time", NC_DOUBLE, {time},
-                              {{"units", "days since 1990-01-01 00:00:00"},
-                               {"calendar", "standard"},
-                               {"standard_name", "time"},
-                               {"axis", "T"},
-                               {"long_name", "start of the burst"}});
+    time_ = file_.addCoordinate("time", NC_DOUBLE, {time},
+                                {{"units", "days since 1990-01-01 00:00:00"},
+                                 {"calendar", "standard"},
+                                 {"standard_name", "time"},
+                                 {"axis", "T"},
+                                 {"long_name", "start of the burst"}});
     station_ = file_.addVariable("station", NC_INT, {station}, {{"long_name", "station id"}});
     name_ = file_.addVariable("station_name", NC_CHAR, {station, letter},
                               {{"long_name", "station name"}});
@@ -53,13 +53,13 @@ void Ww3File::define() {
                                    text("degrees_east", "longitude", "longitude"));
     latitude_ = file_.addVariable("latitude", NC_FLOAT, {time, station},
                                   text("degrees_north", "latitude", "latitude"));
-    frequency_ = file_.addVariable("frequency", NC_FLOAT, {frequency},
-                                   text("s-1", "wave_frequency", "frequency"));
+    frequency_ = file_.addCoordinate("frequency", NC_FLOAT, {frequency},
+                                     text("s-1", "wave_frequency", "frequency"));
     frequencyBelow_ = file_.addVariable("frequency1", NC_FLOAT, {frequency},
                                         text("s-1", "", "lower edge of the frequency band"));
     frequencyAbove_ = file_.addVariable("frequency2", NC_FLOAT, {frequency},
                                         text("s-1", "", "upper edge of the frequency band"));
-    direction_ = file_.addVariable(
+    direction_ = file_.addCoordinate(
         "direction", NC_FLOAT, {direction},
         text("degree", "sea_surface_wave_to_direction", "direction that waves go to"));
     spectrum_ = file_.addVariable("efth", NC_FLOAT, {time, station, frequency, direction},

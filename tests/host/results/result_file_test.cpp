@@ -215,6 +215,11 @@ TEST_F(Results, BurstsWithoutTime) {
         writer.commit();
     };
     write(1);
+    check("timeless", waves);
+    EXPECT_TRUE(holds(explain(0), ", time unknown")) << explain(0);
+    EXPECT_TRUE(holds(orvik({"show", waves}).output, "    0  -  "))
+        << orvik({"show", waves}).output;
+    EXPECT_EQ(orvik({"report", waves, "-o", directory.file("page.html")}).exitCode, 0);
     const auto notes = ::orvik::exportResults(waves, paths);
     ASSERT_EQ(notes.size(), 2U);
     EXPECT_EQ(notes.front(), "1 of 2 bursts have no time and are not in " + paths.swan);

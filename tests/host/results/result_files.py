@@ -54,6 +54,14 @@ def close(actual, expected, relative, what):
     np.testing.assert_allclose(actual, expected, rtol=relative, err_msg=what)
 
 
+def coordinates_have_no_fill(file):
+    """Coordinate variables, which share their name with their dimension, have all their values."""
+    coordinates = set(file.variables) & set(file.dimensions)
+    assert "time" in coordinates and len(coordinates) >= 3, coordinates
+    for name in coordinates:
+        assert not {"_FillValue", "missing_value"} & set(file[name].ncattrs()), name
+
+
 def names(path):
     """Names, units and attributes of the conventions."""
     with netCDF4.Dataset(path) as file:
@@ -65,13 +73,18 @@ def names(path):
         assert len(flags.flag_masks) == len(flags.flag_meanings.split()) == 12
         assert flags.flag_masks.dtype == flags.dtype
         assert len(file["spectrum_source"].flag_values) == 3
-        assert file["hm0"].ancillary_variables == "quality_flag"
         assert "ancillary_variables" not in file["samples"].ncattrs()  # rejected bursts have them
         assert file["time"].bounds == "time_bnds" and file["time"].axis == "T"
         assert file["time_bnds"].dimensions == ("time", "bnds")
+        for name in ("hm0", "variance_density", "variance_density_pressure",
+                     "variance_density_velocity", "variance_density_surface_track", "efth"):
+            assert file[name].ancillary_variables == "quality_flag", name
+        coordinates_have_no_fill(file)
+        assert "_FillValue" not in file["time_bnds"].ncattrs()
         for name, variable in file.variables.items():
             if variable.dtype == np.float32 and variable.dimensions:
-                assert np.isnan(variable._FillValue) and variable.filters()["zlib"], name
+                assert variable.filters()["zlib"], name
+                assert name in file.dimensions or np.isnan(variable._FillValue), name
             if "time" in variable.dimensions and name not in ("time", "time_bnds"):
                 assert variable.coordinates == "longitude latitude", name
 
@@ -108,6 +121,14 @@ def decodes(path):
         assert results[name][~bad].notnull().any(), name
     assert all((results.rejection_reason.values != "") == bad)
     assert (good.missing_samples >= 0).all() and (good.samples == 1024).all()
+
+
+def timeless(path):
+    """Of two bursts the first has no time."""
+    with netCDF4.Dataset(path) as file:
+        file.set_auto_mask(False)
+        assert list(np.isnan(file["time"][:])) == [True, False], file["time"][:]
+    assert list(np.isnat(xr.open_dataset(path).time.values)) == [True, False]
 
 
 def words(variable, value):
@@ -291,6 +312,7 @@ def ww3(path, ww3_path):
         assert raw["efth"].units == "m2 s rad-1"
         assert raw["direction"].standard_name == "sea_surface_wave_to_direction"
         assert raw["station_name"].dimensions == ("station", "string16")
+        coordinates_have_no_fill(raw)
     seconds = np.abs(model.time.values - results.time.values) / np.timedelta64(1, "ms")
     assert seconds.max() < 1
     close(model.longitude, np.full(model.longitude.shape, 4.25), 1e-6, "longitude")
