@@ -1,5 +1,6 @@
 #include "run/spectrum_tail.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace orvik {
@@ -38,7 +39,8 @@ std::optional<std::size_t> lastMeasuredBin(std::span<const float> density,
 bool isNothingButTail(std::span<const float> density, std::span<const double> frequencies) {
     const auto last = lastMeasuredBin(density, frequencies);
     if (!last) {
-        return false;
+        return std::none_of(density.begin(), density.end(),
+                            [](float value) { return value > 0.0F; });
     }
     for (std::size_t bin = 0; bin < *last; ++bin) {
         const double rise = static_cast<double>(density[*last]) *

@@ -13,7 +13,8 @@ std::optional<std::size_t> lastMeasuredBin(std::span<const float> density,
                                            std::span<const double> frequencies);
 
 // Whether nothing of a velocity spectrum was measured. Where depth hides the waves from the cell at every frequency, the
-// tail begins at the lowest one; the library then turns its long-wave end into a rise S(f) ~ f^10.
+// tail begins at the lowest one; the library then turns its long-wave end into a rise S(f) ~ f^10. Or all of it is
+// below the noise, and nothing is left.
 bool isNothingButTail(std::span<const float> density, std::span<const double> frequencies);
 
 // A height of which too little was measured: what it lacks may be most of the sea.

@@ -78,6 +78,16 @@ TEST_F(Unmeasured, HeightsOfAnUnseenVelocitySpectrum) {
     }
 }
 
+// All of it may lie below the noise, and be taken away with it.
+TEST_F(Unmeasured, HeightsOfAVelocitySpectrumOfNothing) {
+    simulate({"--depth", "25", "--period", "4"});
+    ASSERT_EQ(process({"--method", "3", "--source", "velocity"}).exitCode, 0);
+    EXPECT_EQ(values("spectrum_source"), (std::vector<double>{0.0, 0.0}));
+    for (const double height : values("hm0")) {
+        EXPECT_GT(height, 0.1);
+    }
+}
+
 TEST_F(Unmeasured, AVelocitySpectrumThatIsSeenStays) {
     simulate({"--depth", "18", "--period", "12"});
     const Outcome outcome = process({"--method", "3", "--source", "velocity"});
@@ -211,6 +221,7 @@ TEST(NothingButTail, RiseAndTail) {
     EXPECT_FALSE(::orvik::isNothingButTail(density, frequencies));
     density.assign(50, 1.0F);
     EXPECT_FALSE(::orvik::isNothingButTail(density, frequencies));
+    EXPECT_TRUE(::orvik::isNothingButTail(std::vector<float>(density.size(), 0.0F), frequencies));
 }
 
 } // namespace
