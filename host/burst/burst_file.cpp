@@ -8,6 +8,7 @@
 #include "burst/mean_angle.hpp"
 #include "burst/missing_velocities.hpp"
 #include "burst/profile_series.hpp"
+#include "burst/time_order.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -104,8 +105,7 @@ struct BurstFileReader::Impl {
     std::optional<ProfileSeries> profiles;
     std::string componentDimension; // of `velocity`; empty: one variable a component
     std::vector<Column> velocity;
-    std::optional<Column> time;
-    double timeEpoch = 0.0;
+    std::vector<double> times; // [s since 1970-01-01 00:00:00 UTC]; empty: none are told
     std::optional<Column> pressure;
     std::optional<Column> track;
     std::optional<Column> amplitude;
@@ -163,11 +163,9 @@ void BurstFileReader::Impl::findSeries() {
     }
     for (const char *name : {"time", "burst_start_time"}) {
         const auto variable = file.find(name);
-        if (variable && !time) {
+        if (variable && times.empty()) {
             requireShape(file, *variable, {burstDimension});
-            const TimeUnit unit = timeUnit(file, *variable);
-            time = Column{*variable, unit.scale};
-            timeEpoch = unit.epoch;
+            times = timesOf(file, *variable);
         }
     }
     if (overrides.count("time") != 0 && bursts > 1) {
@@ -334,6 +332,11 @@ std::vector<std::string> BurstFileReader::files() const { return {impl_->file.pa
 
 KnownFacts BurstFileReader::knownFacts() const { return impl_->known; }
 
+std::vector<std::string> BurstFileReader::notes() const {
+    const auto note = timeOrderNote(impl_->file.path(), impl_->times);
+    return note ? std::vector<std::string>{*note} : std::vector<std::string>{};
+}
+
 bool BurstFileReader::hasTrack() const { return impl_->track.has_value(); }
 
 bool BurstFileReader::hasTruth() const {
@@ -357,8 +360,7 @@ double BurstFileReader::startTime(std::size_t index) const {
     if (const auto given = overrideNumbers(impl_->overrides, "time")) {
         return given->front();
     }
-    return impl_->time ? impl_->readBurstOf<double>(*impl_->time, index).front() + impl_->timeEpoch
-                       : kUnknown;
+    return impl_->times.empty() ? kUnknown : impl_->times.at(index);
 }
 
 Burst BurstFileReader::readBurst(std::size_t index) const {

@@ -63,6 +63,7 @@ public:
     [[nodiscard]] double startTime(std::size_t index) const override;
     [[nodiscard]] std::vector<std::string> files() const override;
     [[nodiscard]] KnownFacts knownFacts() const override;
+    [[nodiscard]] std::vector<std::string> notes() const override;
 
 private:
     struct Impl;

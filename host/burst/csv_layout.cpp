@@ -11,6 +11,7 @@
 #include "burst/csv_table.hpp"
 #include "burst/missing_velocities.hpp"
 #include "burst/stretches.hpp"
+#include "burst/time_order.hpp"
 #include "netcdf/units.hpp"
 #include "user_error.hpp"
 
@@ -292,6 +293,13 @@ void CsvData::findBursts(const CsvChoices &choices) {
     if (cutter.leftOut() > 0) {
         notes_.push_back(fmt::format("{} samples of {} are left out: they fill no burst",
                                      cutter.leftOut(), table_.path()));
+    }
+    std::vector<double> starts;
+    for (const Place &burst : bursts_) {
+        starts.push_back(time_ ? burst.stretch.startTime : kUnknown);
+    }
+    if (const auto note = timeOrderNote(table_.path(), starts)) {
+        notes_.push_back(*note);
     }
 }
 

@@ -8,6 +8,7 @@
 #include "burst/mean_angle.hpp"
 #include "burst/missing_velocities.hpp"
 #include "burst/nc_facts.hpp"
+#include "burst/time_order.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -39,9 +40,7 @@ public:
     [[nodiscard]] const KnownFacts &facts() const override { return facts_; }
     [[nodiscard]] const DataShape &shape() const override { return shape_; }
     [[nodiscard]] std::size_t burstCount() const override { return bursts_; }
-    [[nodiscard]] double startTime(std::size_t index) const override {
-        return file_.read(time_, {index}, {1}).front() * timeUnit_.scale + timeUnit_.epoch;
-    }
+    [[nodiscard]] double startTime(std::size_t index) const override { return times_.at(index); }
     [[nodiscard]] std::vector<std::string> notes() const override { return notes_; }
     [[nodiscard]] RawBurst read(std::size_t index) const override;
 
@@ -68,8 +67,7 @@ private:
     std::vector<std::string> notes_;
     std::size_t bursts_ = 0;
     std::size_t samples_ = 0;
-    NcVariable time_;
-    TimeUnit timeUnit_;
+    std::vector<double> times_; // [s since 1970-01-01 00:00:00 UTC]
     std::optional<Column> pressure_;
     std::vector<Column> velocity_; // one along beams, else one a component
     std::string trackDimension_ = kSample;
@@ -98,12 +96,14 @@ void FieldsData::findTime() {
         throw UserError("variable time is missing in " + file_.path() +
                         ": it tells when each burst starts");
     }
-    time_ = *time;
-    timeUnit_ = timeUnit(file_, time_);
-    bursts_ = time_.dimensions.front().length;
+    times_ = timesOf(file_, *time);
+    bursts_ = times_.size();
     if (bursts_ == 0) {
         throw UserError(file_.path() + " holds no bursts: its dimension " +
-                        time_.dimensions.front().name + " is empty");
+                        time->dimensions.front().name + " is empty");
+    }
+    if (const auto note = timeOrderNote(file_.path(), times_)) {
+        notes_.push_back(*note);
     }
     samples_ = file_.dimensionLength(kSample).value_or(0);
     if (samples_ == 0) {

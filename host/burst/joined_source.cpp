@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "burst/time_order.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -72,6 +73,32 @@ std::string difference(const Instrument &left, const Instrument &right) {
     return first == found.end() ? "" : *first;
 }
 
+// Of the times that are told; they may come in any order.
+double median(std::vector<double> times) {
+    std::erase_if(times, [](double time) { return !std::isfinite(time); });
+    if (times.empty()) {
+        return kUnknown;
+    }
+    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+    std::nth_element(times.begin(), middle, times.end());
+    return *middle;
+}
+
+std::vector<double> startTimes(const BurstSource &source) {
+    std::vector<double> times;
+    for (std::size_t i = 0; i < source.burstCount(); ++i) {
+        times.push_back(source.startTime(i));
+    }
+    return times;
+}
+
+// Whether one of the times lies between the first and the last of others.
+bool reachInto(const std::vector<double> &times, const std::vector<double> &others) {
+    return std::any_of(times.begin(), times.end(), [&](double time) {
+        return time >= others.front() && time <= others.back();
+    });
+}
+
 template <typename Check> std::exception_ptr complaintOf(const Check &check) {
     try {
         check();
@@ -91,7 +118,7 @@ JoinedSource::JoinedSource(const std::vector<std::string> &paths, Opener opener)
     }
     sortByTime();
     for (std::size_t part = 0; part < parts_.size(); ++part) {
-        for (std::size_t burst = 0; burst < parts_[part].bursts; ++burst) {
+        for (std::size_t burst = 0; burst < parts_[part].times.size(); ++burst) {
             places_.emplace_back(part, burst);
         }
     }
@@ -120,11 +147,8 @@ void JoinedSource::add(const BurstSource &source, const std::string &path) {
     hasTruth_ = hasTruth_ || source.hasTruth();
     Part part;
     part.path = path;
-    part.bursts = source.burstCount();
-    if (part.bursts > 0) {
-        part.firstTime = source.startTime(0);
-        part.lastTime = source.startTime(part.bursts - 1);
-    }
+    part.times = startTimes(source);
+    part.middleTime = median(part.times);
     part.attitudeError = complaintOf([&source] { source.requireAttitude(); });
     part.beamsError = complaintOf([&source] { source.requireBeams(); });
     parts_.push_back(part);
@@ -135,29 +159,44 @@ void JoinedSource::add(const BurstSource &source, const std::string &path) {
     }
 }
 
-// Files in the order of their first bursts; when one has no times, all stay in the order given.
+// Files in time order, in which one wrong clock does not misplace a whole file; when one has no times, all stay in the
+// order given.
 void JoinedSource::sortByTime() {
     const auto untimed = std::find_if(parts_.begin(), parts_.end(), [](const Part &part) {
-        return !std::isfinite(part.firstTime) || !std::isfinite(part.lastTime);
+        return !std::isfinite(part.times.front()) || !std::isfinite(part.times.back());
     });
     if (untimed != parts_.end()) {
         if (parts_.size() > 1) {
             notes_.push_back(fmt::format("the {} burst of {} has no time: the files are taken in "
                                          "the order in which they were named",
-                                         std::isfinite(untimed->firstTime) ? "last" : "first",
+                                         std::isfinite(untimed->times.front()) ? "last" : "first",
                                          untimed->path));
         }
         return;
     }
     std::stable_sort(parts_.begin(), parts_.end(), [](const Part &left, const Part &right) {
-        return left.firstTime < right.firstTime;
+        return left.middleTime < right.middleTime;
     });
     for (std::size_t i = 1; i < parts_.size(); ++i) {
-        if (parts_[i].firstTime <= parts_[i - 1].lastTime) {
-            throw UserError("the bursts of " + parts_[i - 1].path + " and " + parts_[i].path +
-                            " overlap in time: is one deployment given twice?");
-        }
+        checkOverlap(parts_[i - 1], parts_[i]);
     }
+}
+
+// One wrong clock stretches a file over others, and where times go back first and last ones tell little. The same file has
+// the same middle.
+void JoinedSource::checkOverlap(const Part &left, const Part &right) {
+    const bool sameMiddle = !(right.middleTime > left.middleTime);
+    if (right.times.front() > left.times.back() && !sameMiddle) {
+        return;
+    }
+    const std::string overlap =
+        "the bursts of " + left.path + " and " + right.path + " overlap in time";
+    const bool ascend = TimeOrder(left.times).ascends() && TimeOrder(right.times).ascends();
+    if (sameMiddle ||
+        (ascend && reachInto(left.times, right.times) && reachInto(right.times, left.times))) {
+        throw UserError(overlap + ": is one deployment given twice?");
+    }
+    notes_.push_back(overlap);
 }
 
 const BurstSource &JoinedSource::open(std::size_t part) const {

@@ -18,7 +18,7 @@ public:
     using Opener = std::function<std::unique_ptr<BurstSource>(const std::string &path)>;
 
     // Opens every file once. Throws UserError, naming what differs and both files, when they are not of one instrument, and
-    // when their bursts overlap in time.
+    // when their bursts overlap in time; a note says so where it may be a wrong clock.
     JoinedSource(const std::vector<std::string> &paths, Opener opener);
 
     [[nodiscard]] const Instrument &instrument() const override { return instrument_; }
@@ -38,15 +38,15 @@ public:
 private:
     struct Part {
         std::string path;
-        double firstTime = kUnknown;
-        double lastTime = kUnknown;
-        std::size_t bursts = 0;
+        std::vector<double> times;        // of its bursts
+        double middleTime = kUnknown;     // half of them are before it, whatever single clocks say
         std::exception_ptr attitudeError; // of requireAttitude() and requireBeams(), if any
         std::exception_ptr beamsError;
     };
 
     void add(const BurstSource &source, const std::string &path);
     void sortByTime();
+    void checkOverlap(const Part &left, const Part &right);
     [[nodiscard]] const BurstSource &open(std::size_t part) const;
 
     Opener opener_;

@@ -212,4 +212,13 @@ TimeUnit timeUnit(const NcReader &file, const NcVariable &variable) {
     return *unit;
 }
 
+std::vector<double> timesOf(const NcReader &file, const NcVariable &variable) {
+    const TimeUnit unit = timeUnit(file, variable);
+    std::vector<double> times = file.readAll(variable);
+    for (double &time : times) {
+        time = time * unit.scale + unit.epoch;
+    }
+    return times;
+}
+
 } // namespace orvik

@@ -33,4 +33,7 @@ std::optional<TimeUnit> timeUnit(const std::string &text);
 // From the variable's units.
 TimeUnit timeUnit(const NcReader &file, const NcVariable &variable);
 
+// The values of a variable of times, in whichever unit [s since 1970-01-01 00:00:00 UTC].
+std::vector<double> timesOf(const NcReader &file, const NcVariable &variable);
+
 } // namespace orvik

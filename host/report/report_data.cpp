@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "netcdf/units.hpp"
 #include "report/packing.hpp"
 #include "results/burst_table.hpp"
 #include "results/quality_words.hpp"

@@ -1,9 +1,11 @@
 #include "results/exports.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
 #include <memory>
+#include <numeric>
 
 #include <fmt/format.h>
 
@@ -22,7 +24,7 @@ namespace {
 struct Target {
     const char *option;
     std::string path;
-    bool needsTime; // the spectra of a wave model are of a time
+    bool needsTime; // wave models read spectra from one time to the next
     std::unique_ptr<ResultSink> sink;
 };
 
@@ -47,12 +49,51 @@ std::vector<Target> openTargets(const ResultReader &results, const ExportPaths &
     return targets;
 }
 
-void refuseTimeless(const std::vector<Target> &targets, std::size_t timeless,
+// Rows of a result file.
+struct Rows {
+    std::vector<std::size_t> all;   // as they are there
+    std::vector<std::size_t> timed; // in time order; of those with the same time the first
+    std::size_t timeless = 0;
+
+    explicit Rows(const std::vector<double> &times) : all(times.size()) {
+        std::iota(all.begin(), all.end(), std::size_t{0});
+        std::copy_if(all.begin(), all.end(), std::back_inserter(timed),
+                     [&](std::size_t row) { return std::isfinite(times[row]); });
+        timeless = all.size() - timed.size();
+        std::stable_sort(timed.begin(), timed.end(), [&](std::size_t left, std::size_t right) {
+            return times[left] < times[right];
+        });
+        timed.erase(std::unique(timed.begin(), timed.end(),
+                                [&](std::size_t left, std::size_t right) {
+                                    return times[left] == times[right];
+                                }),
+                    timed.end());
+    }
+    [[nodiscard]] std::size_t repeated() const { return all.size() - timeless - timed.size(); }
+};
+
+void append(const ResultReader &results, const std::vector<std::size_t> &rows,
+            const std::vector<Target> &targets, bool needTime) {
+    if (std::none_of(targets.begin(), targets.end(),
+                     [&](const Target &target) { return target.needsTime == needTime; })) {
+        return;
+    }
+    for (const std::size_t row : rows) {
+        const StoredBurst burst = results.read(row);
+        for (const Target &target : targets) {
+            if (target.needsTime == needTime) {
+                target.sink->append(burst);
+            }
+        }
+    }
+}
+
+void refuseTimeless(const std::vector<Target> &targets, const Rows &rows,
                     const ResultReader &results) {
     for (const Target &target : targets) {
-        if (target.needsTime && timeless == results.burstCount()) {
+        if (target.needsTime && rows.timed.empty()) {
             throw UserError(fmt::format("{} has no times, which {} needs: give the bursts a time "
-                                        "(orvik process --set time=SECONDS_SINCE_1970) or take "
+                                        "(orvik process --set time=YYYY-MM-DDTHH:MM:SSZ) or take "
                                         "--csv or --json",
                                         results.path(), target.option));
         }
@@ -104,24 +145,21 @@ std::vector<std::string> exportResults(const std::string &resultFile, const Expo
     checkExportPaths(paths, resultFile);
     const ResultReader results(resultFile);
     const std::vector<Target> targets = openTargets(results, paths);
-    std::size_t timeless = 0;
-    for (std::size_t row = 0; row < results.burstCount(); ++row) {
-        const StoredBurst burst = results.read(row);
-        const bool hasTime = std::isfinite(burst.startTime);
-        timeless += hasTime ? 0 : 1;
-        for (const Target &target : targets) {
-            if (hasTime || !target.needsTime) {
-                target.sink->append(burst);
-            }
-        }
-    }
-    refuseTimeless(targets, timeless, results);
+    const Rows rows(results.times());
+    refuseTimeless(targets, rows, results);
+    append(results, rows.timed, targets, true);
+    append(results, rows.all, targets, false);
     std::vector<std::string> notes;
     for (const Target &target : targets) {
         target.sink->commit();
-        if (target.needsTime && timeless > 0) {
-            notes.push_back(fmt::format("{} of {} bursts have no time and are not in {}", timeless,
-                                        results.burstCount(), target.path));
+        if (target.needsTime && rows.timeless > 0) {
+            notes.push_back(fmt::format("{} of {} bursts have no time and are not in {}",
+                                        rows.timeless, results.burstCount(), target.path));
+        }
+        if (target.needsTime && rows.repeated() > 0) {
+            notes.push_back(fmt::format("{} of {} bursts have the time of another one and are not "
+                                        "in {}",
+                                        rows.repeated(), results.burstCount(), target.path));
         }
     }
     return notes;

@@ -18,15 +18,6 @@ std::vector<double> StoredBurst::spectrum(const std::string &name) const {
     return found == spectra.end() ? std::vector<double>() : found->second;
 }
 
-std::vector<double> timesOf(const NcReader &file, const NcVariable &variable) {
-    const TimeUnit unit = timeUnit(file, variable);
-    std::vector<double> times = file.readAll(variable);
-    for (double &time : times) {
-        time = time * unit.scale + unit.epoch;
-    }
-    return times;
-}
-
 ResultReader::ResultReader(const std::string &path) : file_(path) {
     times_ = timesOf(file_, required("time")); // other programs write result files anew, too
     frequencies_ = file_.readAll(required("freq"));

@@ -27,9 +27,6 @@ struct StoredBurst {
     [[nodiscard]] std::vector<double> spectrum(const std::string &name) const;
 };
 
-// The values of a variable of times, in whichever unit [s since 1970-01-01 00:00:00 UTC].
-std::vector<double> timesOf(const NcReader &file, const NcVariable &variable);
-
 class ResultReader {
 public:
     struct Column {
@@ -42,6 +39,8 @@ public:
 
     [[nodiscard]] const std::string &path() const { return file_.path(); }
     [[nodiscard]] std::size_t burstCount() const { return times_.size(); }
+    // [s since 1970-01-01 00:00:00 UTC] of the bursts.
+    [[nodiscard]] const std::vector<double> &times() const { return times_; }
     [[nodiscard]] const std::vector<double> &frequencies() const { return frequencies_; }
     [[nodiscard]] const std::vector<double> &trackFrequencies() const { return trackFrequencies_; }
     [[nodiscard]] double frequencyStep() const; // [Hz]

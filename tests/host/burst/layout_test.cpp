@@ -262,6 +262,72 @@ TEST_F(Layouts, FilesWithoutATimeKeepTheirOrderAndSaySo) {
     EXPECT_EQ(source->files(), (std::vector<std::string>{right, left}));
 }
 
+// A burst file with these times, and the same in field codes.
+void writeTimes(const std::string &path, const std::vector<double> &times, bool fields) {
+    const std::vector<double> pressure(4 * times.size(), 10.0);
+    test::NcSketch sketch(path);
+    sketch.dimension("time", times.size()).dimension("sample", 4);
+    sketch.variable("time", {"time"}, "minutes since 1970-01-01", times);
+    if (fields) {
+        sketch.variable("P_1ac", {"time", "sample"}, "dbar", pressure).number("sample_rate", 1.0);
+    } else {
+        sketch.variable("pressure", {"time", "sample"}, "dbar", pressure);
+        sketch.scalar("sampling_rate", "Hz", 1.0);
+    }
+}
+
+TEST_F(Layouts, TimesThatGoBackAreNoted) {
+    const std::string rest = " not after that of the burst before: results keep the order of the "
+                             "file";
+    using Notes = std::vector<std::string>;
+    for (const bool fields : {false, true}) {
+        const auto notesOf = [&](const std::vector<double> &times) {
+            writeTimes(path, times, fields);
+            return openDeployment({path}, {})->notes();
+        };
+        EXPECT_EQ(notesOf({1, 2, 3}), Notes{});
+        EXPECT_EQ(notesOf({7}), Notes{});
+        EXPECT_EQ(notesOf({1, 2, 2, 3}), Notes{"in " + path + " the time of burst 2 is" + rest});
+        EXPECT_EQ(notesOf({1, 2, 9, 3, 3}),
+                  Notes{"in " + path + " the times of 2 bursts (first: burst 3) are" + rest});
+        EXPECT_EQ(notesOf({1, std::nan(""), 2}), Notes{});
+        EXPECT_EQ(openDeployment({path}, {})->startTime(2), 120.0);
+    }
+    const std::string table = directory.file("table.csv");
+    std::ofstream(table) << "burst,time [seconds since 1970-01-01],pressure\n"
+                            "0,50,10\n0,51,10\n0,52,10\n1,20,10\n1,21,10\n1,22,10\n";
+    EXPECT_EQ(openDeployment({table}, {})->notes(),
+              Notes{"in " + table + " the time of burst 1 is" + rest});
+}
+
+// One wrong clock neither refuses nor misplaces a file; a file that is given twice is refused in any case.
+TEST_F(Layouts, FilesWhoseTimesGoBackAreJoined) {
+    const std::string first = directory.file("first.nc");
+    const std::string second = directory.file("second.nc");
+    const auto filesOf = [](const std::vector<std::string> &paths) {
+        return openDeployment(paths, {})->files();
+    };
+    const std::vector<std::string> inOrder{first, second};
+    const std::string overlap = "the bursts of " + first + " and " + second + " overlap in time";
+    writeTimes(first, {101, 102, 103, 104}, false);
+    writeTimes(second, {0, 111, 112, 113}, false);
+    EXPECT_EQ(filesOf({second, first}), inOrder);
+    EXPECT_EQ(openDeployment(inOrder, {})->notes(), std::vector<std::string>{overlap});
+    writeTimes(second, {111, 0, 112, 113}, false);
+    EXPECT_EQ(filesOf({second, first}), inOrder);
+    const auto notes = openDeployment(inOrder, {})->notes();
+    ASSERT_EQ(notes.size(), 1U);
+    EXPECT_NE(notes.front().find(second), std::string::npos) << notes.front();
+    writeTimes(second, {104, 0, 112, 113, 114}, false);
+    EXPECT_EQ(openDeployment(inOrder, {})->notes().back(), overlap);
+    EXPECT_THROW(filesOf({second, second}), UserError);
+    for (const std::vector<double> &times :
+         {std::vector<double>{104, 105}, std::vector<double>{102.5, 103.5, 200}}) {
+        writeTimes(second, times, false);
+        EXPECT_THROW(filesOf(inOrder), UserError);
+    }
+}
+
 TEST_F(Layouts, FilesOfDifferentInstrumentsAreRefused) {
     const std::string left = directory.file("left.csv");
     const std::string right = directory.file("right.csv");

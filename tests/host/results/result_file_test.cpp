@@ -235,6 +235,42 @@ TEST_F(Results, BurstsWithoutTime) {
     EXPECT_TRUE(::orvik::exportResults(waves, paths).empty());
 }
 
+// Wave models read from one time to the next, whatever the instrument's clock did; tables keep the order of the bursts.
+TEST_F(Results, WaveModelsGetAscendingTimes) {
+    const ::orvik::Instrument instrument = ::orvik::test::sampleInstrument();
+    ::orvik::BurstRunner runner(instrument, {});
+    ::orvik::ResultFileWriter writer(waves, ::orvik::test::sampleLayout(runner, instrument));
+    std::size_t index = 0;
+    for (const double time : {1.7e9 + 7200.0, 1.7e9, 1.7e9 + 3600.0, 1.7e9}) {
+        ::orvik::ResultRow row;
+        row.burst = index++;
+        row.startTime = time;
+        row.result.reason = "none";
+        writer.append(row);
+    }
+    writer.commit();
+    const auto notes = ::orvik::exportResults(waves, paths);
+    ASSERT_EQ(notes.size(), 2U);
+    EXPECT_EQ(notes.front(),
+              "1 of 4 bursts have the time of another one and are not in " + paths.swan);
+    std::istringstream swan(contentOf(paths.swan));
+    std::vector<std::string> times;
+    for (std::string line; std::getline(swan, line);) {
+        if (holds(line, "date and time")) {
+            times.push_back(line.substr(0, 15));
+        }
+    }
+    EXPECT_EQ(times,
+              (std::vector<std::string>{"20231114.221320", "20231114.231320", "20231115.001320"}));
+    const ::orvik::NcReader ww3(paths.ww3);
+    const std::vector<double> days = ww3.readAll(*ww3.find("time"));
+    ASSERT_EQ(days.size(), 3U);
+    EXPECT_NEAR(days[1] - days[0], 1.0 / 24.0, 1e-9);
+    EXPECT_NEAR(days[2] - days[1], 1.0 / 24.0, 1e-9);
+    const std::string csv = contentOf(paths.csv);
+    EXPECT_LT(csv.find("2023-11-15"), csv.find("2023-11-14")) << csv;
+}
+
 TEST_F(Results, DegreesOfFreedomAreThoseOfTheAveraging) {
     ::orvik::ProcessingChoices choices;
     choices.specBandWidth = 64;
