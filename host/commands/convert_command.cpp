@@ -36,8 +36,8 @@ void addConvertCommand(CLI::App &app) {
     command->add_option("results", options->results, "result file of orvik process")->required();
     addExportOptions(*command, options->paths);
     command->footer("Examples:\n"
-                    "  orvik convert waves.nc --csv waves.csv\n"
-                    "  orvik convert waves.nc --swan boundary.spc --ww3 boundary.nc");
+                    "  $ orvik convert waves.nc --csv waves.csv\n"
+                    "  $ orvik convert waves.nc --swan boundary.spc --ww3 boundary.nc");
     command->callback([options] { runConvert(*options); });
 }
 

@@ -243,8 +243,8 @@ void addInitCommand(CLI::App &app) {
                         "file to write (deployment.toml); - shows it");
     addDeploymentOptions(*command, options->deployment);
     command->footer("Examples:\n"
-                    "  orvik init bursts.nc\n"
-                    "  orvik init folder-of-csv --burst-length 2048 -o harbour.toml");
+                    "  $ orvik init bursts.nc\n"
+                    "  $ orvik init folder-of-csv --burst-length 2048 -o harbour.toml");
     command->callback([options] { runInit(*options); });
 }
 

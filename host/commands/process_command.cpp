@@ -316,11 +316,11 @@ void addProcessCommand(CLI::App &app) {
     command->add_flag("--quiet", options->quiet, "no table, no progress");
     command->footer(
         "Examples:\n"
-        "  orvik process bursts.nc -o waves.nc\n"
-        "  orvik process DATA -o waves.nc --facts deployment.toml --method 4\n"
-        "  orvik process bursts.nc -o waves.nc --set heading=120 --set pitch=0 --set roll=0\n"
-        "  orvik process bursts.nc -o waves.nc --resume\n"
-        "  orvik process --follow incoming -o waves.nc\n"
+        "  $ orvik process bursts.nc -o waves.nc\n"
+        "  $ orvik process DATA -o waves.nc --facts deployment.toml --method 4\n"
+        "  $ orvik process bursts.nc -o waves.nc --set heading=120 --set pitch=0 --set roll=0\n"
+        "  $ orvik process bursts.nc -o waves.nc --resume\n"
+        "  $ orvik process --follow incoming -o waves.nc\n"
         "\nExit codes: 0 done, 1 cannot be done, 2 wrong command line, 3 stopped (go on with "
         "--resume)");
     command->callback([options] { processInputsOrFollow(*options); });

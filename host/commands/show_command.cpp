@@ -214,7 +214,7 @@ void addShowCommand(CLI::App &app) {
     const auto path = std::make_shared<std::string>();
     CLI::App *command = app.add_subcommand("show", "what a burst file or a result file holds");
     command->add_option("file", *path, "file to look at")->required();
-    command->footer("Examples:\n  orvik show bursts.nc\n  orvik show waves.nc");
+    command->footer("Examples:\n  $ orvik show bursts.nc\n  $ orvik show waves.nc");
     command->callback([path] { runShow(*path); });
 }
 

@@ -182,12 +182,12 @@ void addSimulateCommand(CLI::App &app) {
     addNumberOptions(*command, systemSettings(), "Sea", options);
     addNumberOptions(*command, placeSettings(), "Sea", options);
     command->footer("Examples:\n"
-                    "  orvik simulate -o storm.nc\n"
-                    "  orvik simulate -o calm.nc --bursts 24 --height 0.6 --period 5 --direction "
+                    "  $ orvik simulate -o storm.nc\n"
+                    "  $ orvik simulate -o calm.nc --bursts 24 --height 0.6 --period 5 --direction "
                     "310 --tide-amplitude 0\n"
-                    "  orvik simulate -o crossing.nc --bursts 10 --system "
+                    "  $ orvik simulate -o crossing.nc --bursts 10 --system "
                     "hs=1,tp=14,dir=235,spread=14 --current 0.5,130\n"
-                    "  orvik simulate -o profile.nc --instrument-type 16 --beams 4 --cells 60");
+                    "  $ orvik simulate -o profile.nc --instrument-type 16 --beams 4 --cells 60");
     command->callback([options] { runSimulate(*options); });
 }
 
