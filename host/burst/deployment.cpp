@@ -1,6 +1,7 @@
 #include "burst/deployment.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 #include "burst/continuous_layout.hpp"
@@ -52,7 +53,7 @@ constexpr Layout kCsv{"csv", openCsv, true};
 constexpr Layout kLayouts[] = {kBurst, kFields, kContinuous, kCsv};
 
 Layout recognised(const std::string &path) {
-    if (std::filesystem::path(path).extension() == ".csv") {
+    if (endingOf(path) == ".csv") {
         return kCsv;
     }
     const NcReader file(path);
@@ -113,10 +114,17 @@ std::vector<std::string> layoutNames() {
     return names;
 }
 
+std::string endingOf(const std::filesystem::path &path) {
+    std::string ending = path.extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return ending;
+}
+
 bool isBurstFileName(const std::filesystem::path &path) {
-    const std::string extension = path.extension().string();
+    const std::string ending = endingOf(path);
     return !path.filename().string().starts_with(".") &&
-           (extension == ".nc" || extension == ".nc4" || extension == ".csv");
+           (ending == ".nc" || ending == ".nc4" || ending == ".csv");
 }
 
 std::vector<std::string> deploymentFiles(const std::vector<std::string> &paths) {

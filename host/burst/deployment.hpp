@@ -25,6 +25,9 @@ struct DeploymentOptions {
 // What `--layout` takes.
 std::vector<std::string> layoutNames();
 
+// The ending of a file's name in lower case, ".csv" of B1.CSV: loggers and cards may know capitals only.
+std::string endingOf(const std::filesystem::path &path);
+
 // Whether a file in a folder of bursts is one of them, by its name. Hidden files are still being written, or not the user's.
 bool isBurstFileName(const std::filesystem::path &path);
 

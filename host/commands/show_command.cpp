@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "burst/burst_file.hpp"
+#include "burst/deployment.hpp"
 #include "netcdf/nc_file.hpp"
 #include "netcdf/units.hpp"
 #include "results/burst_table.hpp"
@@ -184,7 +185,7 @@ void refuseOtherKinds(const std::string &path) {
                         "with 'orvik process " +
                         path + " -o waves.nc --dry-run'");
     }
-    if (std::filesystem::path(path).extension() == ".csv") {
+    if (endingOf(path) == ".csv") {
         throw UserError(path + ": orvik show looks at netCDF files; 'orvik init " + path +
                         " -o -' tells what is in a CSV file");
     }

@@ -124,6 +124,22 @@ TEST_F(CsvLayout, TimesThatCountFromZeroTakeTheirOrigin) {
     EXPECT_EQ(source->startTime(1), 4600.0);
 }
 
+TEST_F(CsvLayout, NamesMayBeInCapitals) {
+    const std::string folder = directory.file("CARD");
+    std::filesystem::create_directory(folder);
+    path = folder + "/B1.CSV";
+    write("time [s],pressure\n0,10\n1,10\n");
+    for (const std::string &name : {path, folder}) {
+        const auto source = openDeployment({name}, {});
+        EXPECT_EQ(source->files(), std::vector<std::string>{path});
+    }
+    for (const char *name : {"B1.CSV", "b1.csv", "B1.NC", "B1.Nc4", "b1.nc"}) {
+        EXPECT_TRUE(isBurstFileName(name)) << name;
+    }
+    EXPECT_FALSE(isBurstFileName(".B1.NC"));
+    EXPECT_FALSE(isBurstFileName("NC"));
+}
+
 // A title without text, of a comma at the line's end, is the name of nothing.
 TEST_F(CsvLayout, ColumnsWithoutANameAreNoVelocities) {
     write("time "

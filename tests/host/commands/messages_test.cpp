@@ -121,8 +121,10 @@ TEST_F(Messages, BurstsAreCountedFrom0) {
 TEST_F(Messages, ShowTellsWhoLooksAtOtherKinds) {
     const std::string folder = std::filesystem::path(sea).parent_path().string();
     expect({"show", folder}, 1, folder + " is a folder: name one of its files");
-    expect({"show", "a.csv"}, 1,
-           "a.csv: orvik show looks at netCDF files; 'orvik init a.csv -o -'");
+    for (const std::string name : {"a.csv", "A.CSV"}) {
+        expect({"show", name}, 1,
+               name + ": orvik show looks at netCDF files; 'orvik init " + name + " -o -'");
+    }
 }
 
 TEST_F(Messages, ValuesOfTheFactsFileAreNotThoseOfTheCommandLine) {
