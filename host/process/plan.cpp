@@ -212,6 +212,14 @@ std::string identityOf(const Plan &plan) {
     return text + fmt::format("trough margin {}\n", plan.choices.troughMargin);
 }
 
+namespace {
+
+std::string replacedText(const std::string &path) {
+    return path + (std::filesystem::exists(path) ? " (is there and would be replaced)" : "");
+}
+
+} // namespace
+
 std::string describe(const Plan &plan, const BurstSource &source, const ProcessOptions &options) {
     std::string text = fmt::format("input       {}\n", joined(source.files()));
     text += fmt::format("bursts      {}, {}, {}\n", source.burstCount(),
@@ -220,11 +228,20 @@ std::string describe(const Plan &plan, const BurstSource &source, const ProcessO
     text += fmt::format("instrument  {}\n", instrumentText(source.instrument()));
     text += fmt::format("method      {}{}\n", plan.choices.method,
                         options.method == 0 ? ", chosen by what the files hold" : "");
+    if (!options.source.empty()) {
+        text += fmt::format("source      {}\n", options.source);
+    }
     text += fmt::format("parameters  {}\n", parametersText(plan.parameters));
     text += fmt::format("directions  {}\n", plan.layout.attributes.at("direction_convention"));
-    text += fmt::format(
-        "output      {}{}\n", options.output,
-        std::filesystem::exists(options.output) ? " (is there and would be replaced)" : "");
+    text += fmt::format("output      {}\n", replacedText(options.output));
+    const ExportPaths &exports = options.exports;
+    for (const auto &[name, path] :
+         {std::pair{"swan", exports.swan}, std::pair{"ww3", exports.ww3},
+          std::pair{"csv", exports.csv}, std::pair{"json", exports.json}}) {
+        if (!path.empty()) {
+            text += fmt::format("{:<11} {}\n", name, replacedText(path));
+        }
+    }
     for (const std::string &note : plan.notes) {
         text += fmt::format("note        {}\n", note);
     }

@@ -349,6 +349,26 @@ TEST_F(Survival, ADryRunWritesNothing) {
     EXPECT_FALSE(fs::exists(journal));
 }
 
+TEST_F(Survival, ADryRunNamesWhatIsAskedFor) {
+    simulate(sea, "1");
+    const Outcome plain = orvik(arguments({"--dry-run"}));
+    EXPECT_FALSE(holds(plain.output, "\nsource ")) << plain.output;
+    const std::string table = result + ".csv";
+    std::ofstream(table) << "old\n";
+    const Outcome outcome =
+        orvik(arguments({"--dry-run", "--source", "pressure", "--csv", table, "--swan",
+                         result + ".spc", "--ww3", result + ".ww3", "--json", result + ".json"}));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    for (const std::string &line :
+         {std::string("source      pressure"), "swan        " + result + ".spc",
+          "ww3         " + result + ".ww3",
+          "csv         " + table + " (is there and would be replaced)",
+          "json        " + result + ".json"}) {
+        EXPECT_TRUE(holds(outcome.output, "\n" + line + "\n")) << outcome.output;
+    }
+    EXPECT_EQ(contentOf(table), "old\n");
+}
+
 TEST_F(Survival, ProgressIsPlainLinesElsewhereThanOnATerminal) {
     simulate(sea, "201"); // longer than the longest table
     const Outcome outcome = orvik(arguments());
