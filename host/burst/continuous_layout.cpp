@@ -100,6 +100,7 @@ private:
     void findAttitude();
     void findTrack();
     void findFacts();
+    void findCells();
     void readAhead() const;
     [[nodiscard]] std::optional<Column> findSeries(const char *name, Quantity quantity) const;
     [[nodiscard]] std::optional<Column> findEcho(const char *name, Quantity quantity) const;
@@ -265,22 +266,33 @@ void ContinuousData::findFacts() {
                                attributeNumber(file_, "fs") ? "attribute fs of " + file_.path()
                                                             : "the times in " + file_.path()};
     addMatrix(file_, "beam2inst_orientmat", "", facts_);
-    if (const auto column = findColumn(file_, kCell, Quantity::length, {kCell})) {
-        std::vector<double> distances = file_.readAll(column->variable);
-        for (double &distance : distances) {
-            distance *= column->factor;
-        }
-        facts_["cell_distance"] = {distances, "variable range of " + file_.path()};
-        // The cells' own list tells where they are.
-        facts_.erase("blanking_distance");
-        facts_.erase("cell_size");
-    }
+    findCells();
     if (const auto declination = attributeNumber(file_, "declination")) {
         notes_.push_back(fmt::format("the declination of {:g} degrees in {} is taken to be in its "
                                      "headings and velocities already: else give it with --set "
                                      "magnetic_declination",
                                      *declination, file_.path()));
     }
+}
+
+// Of one cell that was chosen among several the dimension is gone, or its variable is one number.
+void ContinuousData::findCells() {
+    const auto range = file_.find(kCell);
+    const bool one = range && range->dimensions.empty();
+    const auto column =
+        findColumn(file_, kCell, Quantity::length,
+                   one ? std::vector<std::string>{} : std::vector<std::string>{kCell});
+    if (!column || column->variable.size() != shape_.cells) {
+        return;
+    }
+    std::vector<double> distances = file_.readAll(column->variable);
+    for (double &distance : distances) {
+        distance *= column->factor;
+    }
+    facts_["cell_distance"] = {distances, "variable range of " + file_.path()};
+    // The cells' own list tells where they are.
+    facts_.erase("blanking_distance");
+    facts_.erase("cell_size");
 }
 
 void ContinuousData::readAhead() const {

@@ -142,6 +142,33 @@ TEST_F(Layouts, ContinuousProfilesKnowTheirCells) {
 }
 
 // In cm/s and kPa a number of seven digits moves by its last one.
+// Of one cell that was chosen among several the dimension is gone, and `range` one number or gone too.
+TEST_F(Layouts, ContinuousSeriesOfOneChosenCell) {
+    for (const bool told : {true, false}) {
+        {
+            test::NcSketch file(path);
+            file.dimension("time", 8).dimension("dir", 3);
+            file.variable("time", {"time"}, "seconds since 1970-01-01", {0, 1, 2, 3, 4, 5, 6, 7});
+            file.variable("pressure", {"time"}, "dbar", std::vector<double>(8, 10.0));
+            file.variable("vel", {"dir", "time"}, "cm/s", std::vector<double>(24, 50.0));
+            if (told) {
+                file.scalar("range", "cm", 410.0);
+            }
+            file.text("coord_sys", "earth").number("cell_size", 0.5).number("fs", 1.0);
+        }
+        Overrides facts{{"simultaneous_sampling", "0"}};
+        if (!told) {
+            facts["cell_range"] = "4.1";
+        }
+        const auto source = openDeployment({path}, {.overrides = facts});
+        const double slant = source->instrument().slantAngle * 3.14159265358979 / 180.0;
+        EXPECT_NEAR(source->instrument().cellRange, told ? 4.1 / std::cos(slant) : 4.1, 1e-6);
+        const Burst burst = source->readBurst(0);
+        EXPECT_FLOAT_EQ(burst.velocity[1].at(7), 0.5F);
+        EXPECT_EQ(burst.velocity[2].size(), 8U);
+    }
+}
+
 TEST_F(Layouts, CsvOfOneFileOrAFolder) {
     const Deployment truth = simulated({});
     const std::string file = directory.file("all.csv");
