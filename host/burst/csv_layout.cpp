@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
-#include <cstdio>
 
 #include <fmt/format.h>
 
 #include "burst/csv_table.hpp"
+#include "burst/date_text.hpp"
 #include "burst/missing_velocities.hpp"
 #include "burst/stretches.hpp"
 #include "burst/time_order.hpp"
@@ -40,31 +39,6 @@ constexpr VelocityNames kVelocities[] = {
     {VelocitySystem::xyz, 3, {"velocity_x", "velocity_y", "velocity_z"}},
     {VelocitySystem::enu, 3, {"velocity_east", "velocity_north", "velocity_up"}},
 };
-
-// "2008-09-08T12:00:00.5Z" in seconds since 1970; nothing for other text.
-std::optional<double> parsedDate(const std::string &text) {
-    int year = 0;
-    unsigned month = 0;
-    unsigned day = 0;
-    int hour = 0;
-    int minute = 0;
-    double second = 0.0;
-    int used = 0;
-    if (std::sscanf(text.c_str(), " %d-%u-%u%*[ T]%d:%d:%lf%n", &year, &month, &day, &hour, &minute,
-                    &second, &used) != 6) {
-        return std::nullopt;
-    }
-    const std::string rest = text.substr(static_cast<std::size_t>(used));
-    const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month{month},
-                                           std::chrono::day{day}};
-    const bool clock =
-        hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0.0 && second < 61.0;
-    if (!date.ok() || !clock || (!rest.empty() && rest != "Z" && rest != "+00:00")) {
-        return std::nullopt;
-    }
-    return static_cast<double>(std::chrono::sys_days{date}.time_since_epoch().count()) * 86400.0 +
-           hour * 3600.0 + minute * 60.0 + second;
-}
 
 // The column `time`: dates, or numbers whose unit says from when they count.
 class TimeColumn {
@@ -293,6 +267,12 @@ void CsvData::findBursts(const CsvChoices &choices) {
     if (cutter.leftOut() > 0) {
         notes_.push_back(fmt::format("{} samples of {} are left out: they fill no burst",
                                      cutter.leftOut(), table_.path()));
+    }
+    if (time_ && !time_->startTold()) {
+        notes_.push_back(fmt::format("the times in {} count from 0 and nothing tells their start: "
+                                     "without it results have no times; tell it with --set "
+                                     "time=YYYY-MM-DDTHH:MM:SSZ, or as time in the file of facts",
+                                     table_.path()));
     }
     std::vector<double> starts;
     for (const Place &burst : bursts_) {

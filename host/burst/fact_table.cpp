@@ -6,12 +6,16 @@
 
 #include <fmt/format.h>
 
+#include "burst/date_text.hpp"
+
 namespace orvik {
 
 namespace {
 
 constexpr auto kDeployment = FactScope::deployment;
 constexpr auto kBurst = FactScope::burst;
+
+constexpr const char *kTime = "time";
 
 constexpr Fact kFacts[] = {
     {"sampling_rate", Quantity::frequency, 1, 1, kDeployment, "HERTZ", "2",
@@ -68,15 +72,22 @@ constexpr Fact kFacts[] = {
      "1: all series of a sample are of one instant; 0: a point instrument's sensors take turns"},
     {"instrument_type", Quantity::plain, 1, 1, kDeployment, "CODE", "3",
      "3 a point instrument, 16 a profile instrument"},
-    {"time", Quantity::duration, 1, 1, kBurst, "SECONDS_SINCE_1970", "1220918400",
-     "start of the only burst, or of a series whose times count from 0"},
+    {kTime, Quantity::duration, 1, 1, kBurst, "YYYY-MM-DDTHH:MM:SSZ", "2008-09-09T00:00:00Z",
+     "start of the only burst, or of a series whose times count from 0: date and time of UTC, or "
+     "seconds since 1970"},
 };
 
 double parseNumber(const std::string &name, const std::string &text) {
+    const bool isTime = name == kTime;
+    if (const auto date = isTime ? parsedDate(text) : std::nullopt) {
+        return *date;
+    }
     double value = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value)) {
-        throw UsageError("--set " + name + ": \"" + text + "\" is not a number");
+        throw UsageError(
+            "--set " + name + ": \"" + text + "\" is not a number" +
+            (isTime ? " of seconds since 1970, nor a date such as 2008-09-09T00:00:00Z" : ""));
     }
     return value;
 }

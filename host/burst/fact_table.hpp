@@ -64,7 +64,8 @@ private:
     std::string fact_;
 };
 
-// Throws UsageError for a name that is not in the table and for a value that is not a list of numbers.
+// Throws UsageError for a name that is not in the table and for a value that is not a list of numbers; the time may be a
+// date too.
 void checkOverrides(const Overrides &overrides);
 
 // The user's numbers for `name`, if given.

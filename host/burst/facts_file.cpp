@@ -2,9 +2,12 @@
 
 #include <cmath>
 #include <optional>
+#include <sstream>
 
 #include <fmt/format.h>
 #include <toml++/toml.h>
+
+#include "burst/date_text.hpp"
 
 namespace orvik {
 
@@ -22,6 +25,30 @@ std::string numberText(const std::string &path, const std::string &name, const t
     return fmt::format("{}", *value); // the shortest text that reads back the same
 }
 
+// A date of TOML, or one in quotes; without an offset it is of UTC.
+std::optional<std::string> dateText(const toml::node &node) {
+    const auto date = node.value<toml::date_time>();
+    if (!date) {
+        return node.value<std::string>();
+    }
+    std::ostringstream text;
+    text << *date;
+    return text.str();
+}
+
+std::string timeText(const std::string &path, const std::string &name, const toml::node &node) {
+    if (node.is_number()) {
+        return numberText(path, name, node);
+    }
+    const auto text = dateText(node);
+    if (!text || !parsedDate(*text)) {
+        refuse(path, node,
+               name + " must be a date of UTC such as 2008-09-09T00:00:00Z, or a number of seconds "
+                      "since 1970, without quotes");
+    }
+    return *text;
+}
+
 std::string valueText(const std::string &path, const Fact &fact, const toml::node &node) {
     const toml::array *list = node.as_array();
     const std::size_t count = list != nullptr ? list->size() : 1;
@@ -32,7 +59,8 @@ std::string valueText(const std::string &path, const Fact &fact, const toml::nod
                                     " numbers: " + fact.example);
     }
     if (list == nullptr) {
-        return numberText(path, fact.name, node);
+        return fact.name == std::string("time") ? timeText(path, fact.name, node)
+                                                : numberText(path, fact.name, node);
     }
     std::string text;
     for (const toml::node &element : *list) {

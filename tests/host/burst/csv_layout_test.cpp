@@ -68,7 +68,7 @@ TEST_F(CsvLayout, DatesUnitsQuotesAndMissingValues) {
 }
 
 TEST_F(CsvLayout, ACellSizeThatDoesNothingIsNoted) {
-    write("time [s],pressure\n0,10\n1,11\n");
+    write("time [seconds since 1970-01-01],pressure\n0,10\n1,11\n");
     DeploymentOptions options{.overrides = {{"cell_size", "1"}}};
     const auto notes = openDeployment({path}, options)->notes();
     ASSERT_EQ(notes.size(), 1U);
@@ -122,6 +122,15 @@ TEST_F(CsvLayout, TimesThatCountFromZeroTakeTheirOrigin) {
     const auto source = openDeployment({path}, {.overrides = {{"time", "1000"}}});
     ASSERT_EQ(source->burstCount(), 2U);
     EXPECT_EQ(source->startTime(1), 4600.0);
+    EXPECT_TRUE(source->notes().empty());
+    EXPECT_EQ(
+        openDeployment({path}, {.overrides = {{"time", "2020-09-13T12:26:40Z"}}})->startTime(1),
+        1.6e9 + 3600.0);
+    const auto notes = openDeployment({path}, {})->notes();
+    ASSERT_EQ(notes.size(), 1U);
+    EXPECT_EQ(notes.front().rfind("the times in " + path + " count from 0 and nothing tells", 0),
+              0U);
+    EXPECT_NE(notes.front().find("--set time="), std::string::npos) << notes.front();
 }
 
 TEST_F(CsvLayout, NamesMayBeInCapitals) {

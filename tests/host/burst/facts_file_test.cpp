@@ -42,6 +42,24 @@ TEST_F(FactsFile, NumbersAndListsKeepTheirDigits) {
     checkOverrides(facts);
 }
 
+// As TOML knows dates, in quotes, and in seconds.
+TEST_F(FactsFile, AStartMayBeADate) {
+    for (const char *text : {"1600000000", "2020-09-13T12:26:40Z", "2020-09-13 12:26:40",
+                             "\"2020-09-13T12:26:40Z\"", "2020-09-13T12:26:40+00:00"}) {
+        std::ofstream(path) << "time = " << text << '\n';
+        const Overrides facts = readFacts(path);
+        checkOverrides(facts);
+        EXPECT_EQ(overrideNumbers(facts, "time"), std::vector<double>{1.6e9}) << text;
+    }
+    EXPECT_EQ(overrideNumbers({{"time", "2020-09-13T12:26:40.5Z"}}, "time"),
+              std::vector<double>{1600000000.5});
+    expectMessage("time = \"noon\"\n", {path + " line 1: time must be a date of UTC such as"});
+    expectMessage("time = 2020-09-13T12:26:40+02:00\n", {path + " line 1: time must be a date"});
+    expectMessage("heading = 2020-09-13T12:26:40Z\n", {path + " line 1: heading must be a number"});
+    EXPECT_THROW(checkOverrides({{"time", "2020-09-33T12:26:40Z"}}), UsageError);
+    EXPECT_THROW(checkOverrides({{"heading", "2020-09-13T12:26:40Z"}}), UsageError);
+}
+
 TEST_F(FactsFile, WhatIsWrongIsSaidWithItsLine) {
     expectMessage("cell_range = 7\ncell_rang = 7\n", {path + " line 2", "cell_rang", "cell_range"});
     expectMessage("\n\ncell_range = \"7 m\"\n", {path + " line 3", "cell_range", "number"});
