@@ -32,7 +32,7 @@ NcWriter::~NcWriter() {
 void NcWriter::check(int status, const std::string &what) const {
     if (status != NC_NOERR) {
         throw WriteError("cannot write " + what + " to " + part_.target() + ": " +
-                         nc_strerror(status) + " (is the disk full?)");
+                         nc_strerror(status) + (status == NC_ERANGE ? "" : " (is the disk full?)"));
     }
 }
 

@@ -258,12 +258,12 @@ void ResultFileWriter::Impl::writeParameters() {
         const Parameter &parameter = parameters()[i];
         writeEach(values[i], [&](const ResultRow &row) {
             const bool told = row.result.processed || parameter.ofRejectedBursts;
-            return told ? parameter.value(row, layout) : kUnknown;
+            return told ? storable(parameter.value(row, layout)) : kUnknown;
         });
     }
     for (std::size_t i = 0; i < truth.size(); ++i) {
         writeEach(truth[i], [&](const ResultRow &row) {
-            return row.truth.value_or(Truth{}).*kTruthVariables[i].field;
+            return storable(row.truth.value_or(Truth{}).*kTruthVariables[i].field);
         });
     }
 }

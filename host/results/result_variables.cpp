@@ -50,6 +50,11 @@ double degrees(const BurstResult &result) {
     return degreesOfFreedom(result.parameters.specBandWidth);
 }
 
+// Of a speed that is no number the library makes a direction all the same.
+double currentDirection(const BurstResult &result) {
+    return std::isfinite(result.currentSpeed) ? result.currentDirection : kUnknown;
+}
+
 bool isNegative(float value) { return value < 0.0F && value != OV_MISSING; }
 
 // How many values densityOrFill() raises to 0.
@@ -103,7 +108,7 @@ const std::vector<Parameter> &parameters() {
         {{"checked_hm0", "m", "", "hm0 where the spectrum has a shape"}, wave(&orvikbase::WaveParameters::checkedHeight)},
         {{"checked_tm02", "s", "", "tm02 where all parameters are valid"}, wave(&orvikbase::WaveParameters::checkedMeanPeriod)},
         {{"current_speed", "m s-1", "sea_water_speed", "mean current speed"}, fromResult([](const BurstResult &r) { return r.currentSpeed; })},
-        {{"current_direction", "degree", "sea_water_velocity_to_direction", "direction that the mean current goes to"}, fromResult([](const BurstResult &r) { return r.currentDirection; })},
+        {{"current_direction", "degree", "sea_water_velocity_to_direction", "direction that the mean current goes to"}, fromResult(currentDirection)},
         {{"instrument_depth", "m", "", "mean depth of the pressure sensor"}, wave(&orvikbase::WaveParameters::instrumentDepth)},
         {{"cell_height", "m", "", "height of the measurement cell above the head"}, wave(&orvikbase::WaveParameters::cellVerticalRange)},
         {{"cell_used", "1", "", "cell of the profile that was used, counted from 1; 1 of a point instrument"}, fromResult([](const BurstResult &r) { return static_cast<double>(r.waves.selectedCell); })},
@@ -168,6 +173,11 @@ NcWriter::Attributes describe(const VariableText &text, bool comingFrom) {
 
 double present(float value) {
     return value == OV_MISSING || !std::isfinite(value) ? kUnknown : static_cast<double>(value);
+}
+
+double storable(double value) {
+    constexpr double kMost = std::numeric_limits<float>::max();
+    return std::abs(value) <= kMost ? value : kUnknown;
 }
 
 float presentOrFill(float value) {

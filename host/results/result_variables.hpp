@@ -40,6 +40,8 @@ const std::vector<Spectrum> &spectra();
 // In "standard_name" from_direction reads to_direction, where CF has such a name, when directions say where waves go.
 NcWriter::Attributes describe(const VariableText &text, bool comingFrom = true);
 
+// NaN for what is no number of single precision, as the variables of results are.
+double storable(double value);
 // NaN for the library's marker of a missing result.
 float presentOrFill(float value);
 // The same of a density, which a subtraction of noise may leave below 0.

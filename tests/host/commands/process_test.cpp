@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <limits>
 
 #include <gtest/gtest.h>
 
@@ -319,6 +320,39 @@ TEST_F(Process, MissingResultsAreFill) {
             const auto all = file.readAll(variable);
             EXPECT_EQ(std::count(all.begin(), all.end(), -9.0), 0) << variable.name;
         }
+    }
+}
+
+// One sample, fact or truth that no variable of the results can hold does not take all other bursts with it.
+TEST_F(Process, NumbersBeyondSinglePrecisionAreMissing) {
+    simulate({});
+    int file = -1;
+    ASSERT_EQ(nc_open(sea.c_str(), NC_WRITE, &file), NC_NOERR);
+    const auto put = [file](const char *name, std::vector<std::size_t> place, double value) {
+        int variable = -1;
+        ASSERT_EQ(nc_inq_varid(file, name, &variable), NC_NOERR) << name;
+        ASSERT_EQ(nc_put_var1_double(file, variable, place.data(), &value), NC_NOERR) << name;
+    };
+    put("velocity_beam", {1, 5, 0}, std::numeric_limits<float>::max());
+    put("true_peak_period", {2}, 1e300);
+    put("true_water_depth", {2}, std::numeric_limits<double>::infinity());
+    ASSERT_EQ(nc_close(file), NC_NOERR);
+    const Outcome outcome =
+        orvik({"process", sea, "-o", result, "--quiet", "--set", "roll=1e39", "--method", "1",
+               "--set", "pressure_sensor_height_above_bed=1e300"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    const NcReader results(result);
+    for (const char *name : {"roll", "water_depth"}) {
+        for (const double value : values(results, name)) {
+            EXPECT_TRUE(std::isnan(value)) << name << " " << value;
+        }
+    }
+    for (const char *name : {"current_speed", "current_direction"}) {
+        EXPECT_TRUE(std::isnan(values(results, name).at(1))) << name;
+    }
+    for (const char *name : {"true_peak_period", "true_water_depth"}) {
+        const std::vector<double> truth = values(results, name);
+        EXPECT_TRUE(std::isfinite(truth.at(1)) && std::isnan(truth.at(2))) << name;
     }
 }
 
