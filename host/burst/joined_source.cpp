@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "burst/time_order.hpp"
 #include "user_error.hpp"
@@ -26,6 +27,9 @@ constexpr NamedFact kFacts[] = {
     {"pressure_sensor_height_above_bed", &Instrument::pressureHeight},
     {"magnetic_declination", &Instrument::declination},
     {"roll_offset", &Instrument::rollOffset},
+};
+
+constexpr NamedFact kPlace[] = {
     {"longitude", &Instrument::longitude},
     {"latitude", &Instrument::latitude},
 };
@@ -48,11 +52,21 @@ std::string difference(const char *name, double left, double right) {
     return same ? "" : fmt::format("{} ({} and {})", name, left, right);
 }
 
-// What is not the same in both; empty when nothing is.
+// A receiver finds an instrument that stays in its place a little elsewhere each time; not every file tells where.
+std::string placeDifference(const char *name, double left, double right) {
+    constexpr double kSame = 0.01; // [degrees]
+    const bool same = std::isnan(left) || std::isnan(right) ||
+                      std::abs(std::remainder(left - right, 360.0)) <= kSame;
+    return same ? "" : fmt::format("{} ({} and {})", name, left, right);
+}
+
 std::string difference(const Instrument &left, const Instrument &right) {
     std::vector<std::string> found;
     for (const NamedFact &fact : kFacts) {
         found.push_back(difference(fact.name, left.*fact.field, right.*fact.field));
+    }
+    for (const NamedFact &fact : kPlace) {
+        found.push_back(placeDifference(fact.name, left.*fact.field, right.*fact.field));
     }
     found.push_back(difference("instrument_type", left.instrumentType, right.instrumentType));
     found.push_back(difference("pings_per_sample", left.pingsPerSample, right.pingsPerSample));
@@ -110,6 +124,48 @@ template <typename Check> std::exception_ptr complaintOf(const Check &check) {
 
 } // namespace
 
+CommonFacts commonFactsOf(const BurstSource &source) {
+    return {source.instrument(), source.velocitySystem(), source.hasTrack()};
+}
+
+std::string difference(const CommonFacts &left, const CommonFacts &right) {
+    std::string differs = difference(left.instrument, right.instrument);
+    if (differs.empty() && left.system != right.system) {
+        differs = "the system of the velocities";
+    }
+    if (differs.empty() && left.hasTrack != right.hasTrack) {
+        differs = "whether there is a surface track";
+    }
+    return differs;
+}
+
+void completePlace(Instrument &instrument, const Instrument &other) {
+    for (const NamedFact &fact : kPlace) {
+        double &known = instrument.*fact.field;
+        known = std::isnan(known) ? other.*fact.field : known;
+    }
+}
+
+std::string inFull(const Instrument &instrument) {
+    std::string text =
+        fmt::format("instrument_type={}\npings_per_sample={}\nbeams={}\nbeam_azimuth={}\n",
+                    instrument.instrumentType, instrument.pingsPerSample, instrument.beams,
+                    fmt::join(instrument.beamAzimuth, " "));
+    for (const NamedFact &fact : kFacts) {
+        text += fmt::format("{}={}\n", fact.name, instrument.*fact.field);
+    }
+    if (instrument.beamToXyz) {
+        text += fmt::format("beam_to_xyz={}\n", fmt::join(*instrument.beamToXyz, " "));
+    }
+    if (instrument.profile) {
+        text += fmt::format("cells={}\n", instrument.profile->cells);
+        for (const NamedProfileFact &fact : kProfileFacts) {
+            text += fmt::format("{}={}\n", fact.name, (*instrument.profile).*fact.field);
+        }
+    }
+    return text;
+}
+
 JoinedSource::JoinedSource(const std::vector<std::string> &paths, Opener opener)
     : opener_(std::move(opener)) {
     for (const std::string &path : paths) {
@@ -131,19 +187,14 @@ void JoinedSource::add(const BurstSource &source, const std::string &path) {
         hasTrack_ = source.hasTrack();
         known_ = source.knownFacts();
     }
-    std::string differs = difference(instrument_, source.instrument());
-    if (differs.empty() && system_ != source.velocitySystem()) {
-        differs = "the system of the velocities";
-    }
-    if (differs.empty() && hasTrack_ != source.hasTrack()) {
-        differs = "whether there is a surface track";
-    }
+    const std::string differs = difference(commonFactsOf(*this), commonFactsOf(source));
     if (!differs.empty()) {
         throw UserError(
             differs + " differs between " + parts_.front().path + " and " + path +
             ": a deployment is of one instrument at one place; correct it with --set, or process "
             "these files one by one");
     }
+    completePlace(instrument_, source.instrument());
     hasTruth_ = hasTruth_ || source.hasTruth();
     Part part;
     part.path = path;

@@ -12,6 +12,25 @@
 
 namespace orvik {
 
+// What all files of one deployment have to agree in.
+struct CommonFacts {
+    Instrument instrument;
+    VelocitySystem system = VelocitySystem::none;
+    bool hasTrack = false;
+};
+
+CommonFacts commonFactsOf(const BurstSource &source);
+
+// What is not the same in both, in words; empty when nothing is. Positions are the same within a hundredth of a degree,
+// and where one is not told.
+std::string difference(const CommonFacts &left, const CommonFacts &right);
+
+// A position that the one does not tell is the other's.
+void completePlace(Instrument &instrument, const Instrument &other);
+
+// All facts that a burst's results depend on, which the position is not among, with all their digits.
+std::string inFull(const Instrument &instrument);
+
 // Only the file of the burst read last is open: a deployment may have more files than a program may open.
 class JoinedSource : public BurstSource {
 public:

@@ -17,6 +17,7 @@
 #include <unistd.h>
 
 #include "burst/deployment.hpp"
+#include "burst/joined_source.hpp"
 #include "process/journal.hpp"
 #include "process/stop_request.hpp"
 #include "results/result_reader.hpp"
@@ -30,8 +31,8 @@ class FolderWatch {
 public:
     explicit FolderWatch(const std::string &folder)
         : folder_(folder), handle_(inotify_init1(IN_CLOEXEC)) {
-        if (handle_ < 0 ||
-            inotify_add_watch(handle_, folder.c_str(), IN_MOVED_TO | IN_ONLYDIR) < 0) {
+        if (handle_ < 0 || inotify_add_watch(handle_, folder.c_str(),
+                                             IN_MOVED_TO | IN_MOVE_SELF | IN_ONLYDIR) < 0) {
             const std::string reason = std::strerror(errno);
             close(handle_);
             throw UserError(
@@ -69,7 +70,7 @@ public:
             if ((event.mask & IN_Q_OVERFLOW) != 0) {
                 return present();
             }
-            if ((event.mask & IN_IGNORED) != 0) {
+            if ((event.mask & (IN_IGNORED | IN_MOVE_SELF)) != 0) {
                 throw UserError(fmt::format("{} is no longer there: bring it back and go on with "
                                             "--resume",
                                             folder_));
@@ -121,6 +122,7 @@ public:
         if (!plan_) {
             start(*source, plan); // what fails here would for every file
         }
+        completePlace(facts_.instrument, source->instrument());
         processFile(*source, name);
         if (fresh_) {
             writer_->publish();
@@ -151,15 +153,28 @@ private:
         Plan plan = run_.plan(source);
         plan.layout.attributes["burst_file"] = "files of a folder, as they arrived";
         plan.layout.attributes.erase("burst_file_sha256");
-        if (plan_ && identityOf(plan) != identityOf(*plan_)) {
-            throw UserError("it is of another instrument or setting than the files before it: " +
-                            plan.layout.attributes.at("instrument"));
+        if (plan_) {
+            requireSame(plan, commonFactsOf(source));
         }
         return plan;
     }
 
+    void requireSame(Plan &plan, const CommonFacts &facts) const {
+        std::string differs = difference(facts_, facts);
+        plan.instrument = plan_->instrument; // of what else these tell, rounding alone is different
+        plan.layout.attributes["instrument"] = plan_->layout.attributes.at("instrument");
+        if (differs.empty() && identityOf(plan) != identityOf(*plan_)) {
+            differs = "the way it would be processed";
+        }
+        if (!differs.empty()) {
+            throw UserError("it is of another instrument or setting than the files before it: " +
+                            differs + " differs");
+        }
+    }
+
     void start(const BurstSource &source, const Plan &plan) {
         plan_ = std::make_unique<Plan>(plan);
+        facts_ = commonFactsOf(source);
         run_.onStart(*plan_);
         journal_ = std::make_unique<Journal>(run_.output, identityOf(plan), run_.resume);
         writer_ = std::make_unique<ResultFileWriter>(run_.output, plan.layout);
@@ -205,6 +220,7 @@ private:
 
     const FollowRun &run_;
     std::unique_ptr<Plan> plan_;
+    CommonFacts facts_; // of the files so far
     std::unique_ptr<Journal> journal_;
     std::unique_ptr<ResultFileWriter> writer_;
     std::unique_ptr<BurstRunner> runner_;

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "burst/joined_source.hpp"
 #include "results/checksum.hpp"
 #include "user_error.hpp"
 
@@ -165,6 +166,15 @@ std::map<std::string, std::string> provenance(const ProcessOptions &options,
     };
 }
 
+// Facts that cannot be processed are some file's.
+BurstRunner runnerFor(const BurstSource &source, const ProcessingChoices &choices) {
+    try {
+        return BurstRunner(source.instrument(), choices);
+    } catch (const UserError &error) {
+        throw UserError(source.files().front() + ": " + error.what());
+    }
+}
+
 } // namespace
 
 int naturalMethod(const BurstSource &source) {
@@ -182,7 +192,7 @@ Plan planFor(const ProcessOptions &options, const BurstSource &source) {
     if (needsBeams(source.instrument(), plan.choices.method, source.velocitySystem())) {
         source.requireBeams();
     }
-    const BurstRunner runner(source.instrument(), plan.choices);
+    const BurstRunner runner = runnerFor(source, plan.choices);
     plan.parameters = runner.parameters();
     noteChangedLimits(options, plan.parameters, plan.notes);
     for (const std::string &note : source.notes()) {
@@ -200,6 +210,7 @@ Plan planFor(const ProcessOptions &options, const BurstSource &source) {
     plan.layout.pressureHeight = source.instrument().pressureHeight;
     plan.layout.longitude = source.instrument().longitude;
     plan.layout.latitude = source.instrument().latitude;
+    plan.instrument = inFull(source.instrument());
     plan.layout.attributes = provenance(options, source, plan.parameters);
     return plan;
 }
@@ -209,7 +220,7 @@ std::string identityOf(const Plan &plan) {
     for (const auto &[name, value] : plan.layout.attributes) {
         text += fmt::format("{}={}\n", name, value);
     }
-    return text + fmt::format("trough margin {}\n", plan.choices.troughMargin);
+    return text + plan.instrument + fmt::format("trough margin {}\n", plan.choices.troughMargin);
 }
 
 namespace {

@@ -19,6 +19,7 @@ struct Plan {
     ProcessingChoices choices;
     ResultLayout layout;
     orvikbase::ProcessingParameters parameters; // in use, after the library's own limits
+    std::string instrument;                     // its facts in full
     std::set<std::string> notes;                // what will be done otherwise than asked
 };
 

@@ -264,9 +264,15 @@ TEST_F(Layouts, FilesOfDifferentPlacesAreRefused) {
         return std::string("no error");
     };
     EXPECT_EQ(messageOf(3.0), "no error");
+    EXPECT_EQ(messageOf(3.005), "no error");
+    EXPECT_EQ(messageOf(-357.0), "no error");
+    EXPECT_EQ(messageOf(std::nullopt), "no error");
+    EXPECT_EQ(messageOf(3.02).rfind("longitude (3 and 3.02) differs between " + left, 0), 0U);
     EXPECT_EQ(messageOf(100.0).rfind("longitude (3 and 100) differs between " + left, 0), 0U);
-    EXPECT_EQ(messageOf(std::nullopt).rfind("longitude (3 and nan) differs", 0), 0U);
     EXPECT_EQ(messageOf(100.0, {{"longitude", "3"}}), "no error");
+    write(left, 0.0, std::nullopt);
+    write(right, 3600.0, 4.5);
+    EXPECT_EQ(openDeployment({left, right}, {})->instrument().longitude, 4.5);
 }
 
 TEST_F(Layouts, FilesWithoutATimeKeepTheirOrderAndSaySo) {

@@ -42,6 +42,23 @@ protected:
         ASSERT_EQ(orvik(arguments).exitCode, 0);
         fs::rename(hidden, folder + "/" + name);
     }
+    // The same with one fact of the instrument of its own.
+    void arriveWith(const std::string &name, const std::string &day, const std::string &fact,
+                    double value) const {
+        arrive("." + name, day);
+        int file = -1;
+        int variable = -1;
+        ASSERT_EQ(nc_open((folder + "/." + name).c_str(), NC_WRITE, &file), NC_NOERR);
+        if (nc_inq_varid(file, fact.c_str(), &variable) != NC_NOERR) {
+            ASSERT_EQ(nc_redef(file), NC_NOERR);
+            ASSERT_EQ(nc_def_var(file, fact.c_str(), NC_DOUBLE, 0, nullptr, &variable), NC_NOERR);
+            ASSERT_EQ(nc_put_att_text(file, variable, "units", 6, "degree"), NC_NOERR);
+        }
+        const std::size_t first = 0;
+        ASSERT_EQ(nc_put_var1_double(file, variable, &first, &value), NC_NOERR);
+        ASSERT_EQ(nc_close(file), NC_NOERR);
+        fs::rename(folder + "/." + name, folder + "/" + name);
+    }
     [[nodiscard]] std::vector<double> values(const std::string &name) const {
         const NcReader file(result);
         return file.readAll(*file.find(name));
@@ -269,6 +286,52 @@ TEST_F(Follow, AFolderThatGoesAwayEndsIt) {
     EXPECT_EQ(program.wait(), 1);
     EXPECT_TRUE(holds(contentOf(log), folder + " is no longer there")) << contentOf(log);
     EXPECT_EQ(rows(), 2U);
+}
+
+TEST_F(Follow, AFolderThatIsRenamedEndsIt) {
+    arrive("a.nc", "05");
+    RunningProgram program(arguments(), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+    fs::rename(folder, folder + ".old");
+    ASSERT_TRUE(RunningProgram::until([&] { return program.hasEnded(); })) << contentOf(log);
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_TRUE(holds(contentOf(log), folder + " is no longer there")) << contentOf(log);
+}
+
+// What turns every direction, and what no text of the instrument tells.
+TEST_F(Follow, EveryFactOfTheInstrumentCounts) {
+    arrive("a.nc", "05");
+    {
+        RunningProgram program(arguments(), log);
+        ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+        arriveWith("turned.nc", "06", "beam_azimuth", 77.0);
+        arriveWith("nearly.nc", "07", "beam_slant_angle", 25.00004);
+        ASSERT_TRUE(RunningProgram::until([this] {
+            return holds(contentOf(log), "nearly.nc is left out: ");
+        })) << contentOf(log);
+        program.signal(SIGTERM);
+        EXPECT_EQ(program.wait(), 0);
+    }
+    EXPECT_TRUE(holds(contentOf(log), "turned.nc is left out: it is of another instrument or "
+                                      "setting than the files before it: beam_azimuth differs"))
+        << contentOf(log);
+    EXPECT_EQ(rows(), 2U);
+    fs::remove(folder + "/a.nc"); // the first file is another one now
+    const ::orvik::test::Outcome outcome = orvik(arguments({"--resume"}));
+    EXPECT_EQ(outcome.exitCode, 1) << outcome.output;
+    EXPECT_TRUE(holds(outcome.errors, "cannot be resumed")) << outcome.errors;
+}
+
+// A receiver finds an instrument a little elsewhere each time.
+TEST_F(Follow, FilesOfOnePlaceAreTaken) {
+    arriveWith("a.nc", "05", "longitude", 179.999);
+    RunningProgram program(arguments(), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 2; })) << contentOf(log);
+    arriveWith("b.nc", "06", "longitude", -179.999);
+    arrive("c.nc", "07");
+    ASSERT_TRUE(RunningProgram::until([this] { return rows() == 6; })) << contentOf(log);
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
 }
 
 TEST_F(Follow, NeedsAFolderAndNothingElse) {
