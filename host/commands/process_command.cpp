@@ -151,6 +151,7 @@ void writeExports(const ProcessOptions &options) {
 
 void runProcess(const ProcessOptions &options) {
     const std::unique_ptr<BurstSource> source = openSource(options.inputs, options);
+    const FilesRead inputs(source->files());
     std::vector<std::string> read = source->files();
     read.push_back(options.deployment.factsFile);
     checkExportPaths(options.exports, options.output, read);
@@ -165,6 +166,7 @@ void runProcess(const ProcessOptions &options) {
     run.output = options.output;
     run.threads = options.threads;
     run.resume = options.resume;
+    run.inputs = inputs;
     run.progress = usualProgress(options.quiet || reporter.hasTable());
     run.onRow = [&reporter](const ResultRow &row) { reporter.show(row); };
     const RunOutcome outcome = runDeployment(*source, plan, run);

@@ -93,6 +93,8 @@ void checkTarget(const std::string &target) {
     }
 }
 
+std::string unfinishedName(const std::string &output) { return followed(output) + ".unfinished"; }
+
 PartFile::PartFile(const std::string &target)
     : target_(target), place_(followed(target)), path_(neighbour(place_, kPart)) {
     checkTarget(target);

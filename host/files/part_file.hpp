@@ -8,6 +8,10 @@ namespace orvik {
 // Throws WriteError when `target` cannot be a file's name, or is something else than a file.
 void checkTarget(const std::string &target);
 
+// Where the finished bursts of a run are kept that writes `output`: beside the file that links lead to, so that two runs
+// that write one file find one another.
+std::string unfinishedName(const std::string &output);
+
 // The place where an output is written: a hidden neighbour of its target, so that the final rename stays on one file system.
 // Gone with this object unless committed. What killed programs left of the same target is swept up.
 class PartFile {

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
 #include <memory>
 #include <new>
 #include <optional>
@@ -33,8 +32,9 @@ struct Work {
     std::optional<Burst> burst; // nothing: it could not be read
 };
 
-// A burst that cannot be read is one bad burst, not the end of the deployment, as long as its files are there.
-std::shared_ptr<Work> readWork(const BurstSource &source, std::size_t index) {
+// A burst that cannot be read is one bad burst, not the end of the deployment, as long as its files are what they were.
+std::shared_ptr<Work> readWork(const BurstSource &source, const FilesRead &inputs,
+                               std::size_t index) {
     auto work = std::make_shared<Work>();
     work->row.burst = index;
     try {
@@ -43,12 +43,7 @@ std::shared_ptr<Work> readWork(const BurstSource &source, std::size_t index) {
         work->row.truth = source.readTruth(index);
         work->row.facts = factsOf(*work->burst, source.instrument());
     } catch (const UserError &error) {
-        for (const std::string &file : source.files()) {
-            if (!std::filesystem::exists(file)) {
-                throw UserError(file +
-                                " is no longer there: bring it back and go on with --resume");
-            }
-        }
+        inputs.requireUntouched();
         work->burst.reset();
         work->row.result.reason = error.what();
     } catch (const std::bad_alloc &) {
@@ -91,6 +86,16 @@ public:
         const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, threads);
         tbb::task_arena arena(static_cast<int>(threads));
         arena.execute([this, threads] { runThreads(threads); });
+    }
+
+    // Not every reader notices that a file changed under it: what is done since cannot be told from what was before.
+    void requireSameInputs() {
+        try {
+            run_.inputs.requireSameSizes();
+        } catch (const UserError &) {
+            journal_.remove();
+            throw;
+        }
     }
 
     void finish() {
@@ -149,7 +154,7 @@ private:
             return {};
         }
         const Stopwatch watch(reading_);
-        return readWork(source_, next_++);
+        return readWork(source_, run_.inputs, next_++);
     }
 
     void process(Work &work, BurstRunner &runner) {
@@ -216,6 +221,7 @@ RunOutcome runDeployment(const BurstSource &source, const Plan &plan, const Depl
         throw Stopped(fmt::format("stopped: {} of {} bursts are done and kept; go on with --resume",
                                   deployment.finished(), source.burstCount()));
     }
+    deployment.requireSameInputs();
     deployment.finish();
     return deployment.outcome();
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "burst/burst_source.hpp"
+#include "files/files_read.hpp"
 #include "process/plan.hpp"
 #include "process/progress.hpp"
 
@@ -35,6 +36,7 @@ struct DeploymentRun {
     std::string output;
     unsigned threads = 0; // 0: as many as the machine has
     bool resume = false;
+    FilesRead inputs; // the source's, as they were when it was opened
     ProgressStyle progress = ProgressStyle::none;
     // Sees every row, in order; rows of an earlier run that is being resumed too.
     std::function<void(const ResultRow &)> onRow = [](const ResultRow &) {};

@@ -11,6 +11,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include "files/part_file.hpp"
 #include "process/row_archive.hpp"
 #include "user_error.hpp"
 
@@ -69,7 +70,7 @@ std::string framed(const std::string &bytes) {
 } // namespace
 
 Journal::Journal(const std::string &output, const std::string &identity, bool resume)
-    : output_(output), path_(output + ".unfinished") {
+    : output_(output), path_(unfinishedName(output)) {
     file_ = open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (file_ < 0) {
         throw WriteError(

@@ -118,8 +118,11 @@ void checkExportPaths(const ExportPaths &paths, const std::string &resultFile,
                                                                        {"--ww3", paths.ww3},
                                                                        {"--csv", paths.csv},
                                                                        {"--json", paths.json}}};
+    const std::string unfinished = unfinishedName(resultFile);
     refuseOverwriting("--output", resultFile, filesRead);
-    std::vector<std::pair<const char *, std::string>> before{{"the result file", resultFile}};
+    refuseOverwriting("what is kept for --resume in", unfinished, filesRead);
+    std::vector<std::pair<const char *, std::string>> before{
+        {"the result file", resultFile}, {"what is kept for --resume", unfinished}};
     for (const auto &[option, path] : exports) {
         if (path.empty()) {
             continue;

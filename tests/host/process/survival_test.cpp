@@ -300,6 +300,18 @@ TEST_F(Survival, TwoRunsDoNotWriteTheSameOutput) {
     EXPECT_EQ(first.wait(), 0) << contentOf(log);
 }
 
+TEST_F(Survival, TwoRunsDoNotWriteTheSameOutputByALink) {
+    simulate(sea, "200");
+    const std::string link = directory.file("link.nc");
+    fs::create_symlink(result, link);
+    RunningProgram first(arguments({"--quiet", "--threads", "1"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 0; }));
+    const Outcome second = orvik({"process", sea, "-o", link, "--quiet"});
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_TRUE(holds(second.errors, "another run is writing " + link)) << second.errors;
+    EXPECT_EQ(first.wait(), 0) << contentOf(log);
+}
+
 TEST_F(Survival, AnInputThatVanishesCanComeBack) {
     const std::string folder = directory.file("deployment");
     fs::create_directory(folder);
@@ -317,6 +329,34 @@ TEST_F(Survival, AnInputThatVanishesCanComeBack) {
     const Outcome outcome = orvik({"process", folder, "-o", result, "--quiet", "--resume"});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
     EXPECT_TRUE(contentOf(result) == expected);
+}
+
+TEST_F(Survival, AnInputThatLosesItsEndCanComeBack) {
+    simulate(sea, "200");
+    const std::string expected = undisturbed({sea});
+    const std::string whole = contentOf(sea);
+    RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 50000; }));
+    fs::resize_file(sea, whole.size() / 3);
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_TRUE(holds(contentOf(log), sea + " has changed while it was read")) << contentOf(log);
+    EXPECT_FALSE(fs::exists(result));
+    std::ofstream(sea, std::ios::binary) << whole;
+    const Outcome outcome = orvik(arguments({"--quiet", "--resume"}));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_TRUE(contentOf(result) == expected);
+}
+
+// Every burst could be read, but perhaps of two different files.
+TEST_F(Survival, AnInputThatGrowsIsDoneAnew) {
+    simulate(sea, "100");
+    const std::string whole = contentOf(sea);
+    RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
+    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 50000; }));
+    fs::resize_file(sea, whole.size() + 1);
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_TRUE(holds(contentOf(log), sea + " has changed while it was read")) << contentOf(log);
+    EXPECT_FALSE(fs::exists(result) || fs::exists(journal));
 }
 
 TEST_F(Survival, TruncatedAndCorruptInputs) {
