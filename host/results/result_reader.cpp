@@ -1,9 +1,11 @@
 #include "results/result_reader.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "netcdf/units.hpp"
 #include "orvikbase/orvikbase.h"
+#include "results/result_variables.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -19,16 +21,24 @@ std::vector<double> StoredBurst::spectrum(const std::string &name) const {
 }
 
 ResultReader::ResultReader(const std::string &path) : file_(path) {
-    times_ = timesOf(file_, required("time")); // other programs write result files anew, too
-    frequencies_ = file_.readAll(required("freq"));
-    directions_ = file_.readAll(required("dir"));
-    if (const auto fine = file_.find("freq_surface_track")) {
-        trackFrequencies_ = file_.readAll(*fine);
+    // Other programs write result files anew, too, and may shape them anew.
+    times_ = timesOf(file_, required("time"));
+    frequencies_ = axis("freq");
+    directions_ = axis("dir");
+    if (file_.find("freq_surface_track")) {
+        trackFrequencies_ = axis("freq_surface_track");
     }
     const NcVariable direction = required("dir");
     comingFrom_ = file_.text(&direction, "standard_name") != "sea_surface_wave_to_direction";
     for (const char *name : {"hm0", "quality_flag", "burst", "efth"}) {
         static_cast<void>(required(name));
+    }
+    requireShape(required("time"), {"time"});
+    requireShape(required("efth"), {"time", "freq", "dir"});
+    for (const char *name : {"rejection_reason", "processing_notes"}) {
+        if (const auto texts = file_.find(name)) {
+            requireShape(*texts, {"time"});
+        }
     }
     for (NcVariable &variable : file_.variables()) {
         const std::size_t rank = variable.dimensions.size();
@@ -51,6 +61,33 @@ NcVariable ResultReader::required(const std::string &name) const {
                         ": it is not a result file of orvik process");
     }
     return *variable;
+}
+
+void ResultReader::requireShape(const NcVariable &variable,
+                                const std::vector<std::string> &dimensions) const {
+    NcVariable wanted;
+    for (const std::string &name : dimensions) {
+        wanted.dimensions.push_back({name, 0});
+    }
+    if (variable.shapeText() != wanted.shapeText()) {
+        throw UserError(variable.name + " of " + file_.path() + " has the dimensions " +
+                        variable.shapeText() + " instead of " + wanted.shapeText() +
+                        ": it is not a result file of orvik process any more");
+    }
+}
+
+std::vector<double> ResultReader::axis(const std::string &name) const {
+    const NcVariable variable = required(name);
+    requireShape(variable, {name});
+    std::vector<double> values = file_.readAll(variable);
+    const bool allThere = std::all_of(values.begin(), values.end(),
+                                      [](double value) { return std::isfinite(storable(value)); });
+    if (values.empty() || !allThere) {
+        throw UserError(name + " of " + file_.path() +
+                        (values.empty() ? " is empty" : " lacks values") +
+                        ": it is not a result file of orvik process any more");
+    }
+    return values;
 }
 
 double ResultReader::scalar(const std::string &name) const {

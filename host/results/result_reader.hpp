@@ -34,7 +34,7 @@ public:
         std::string units;
     };
 
-    // Throws UserError, naming what is missing, when the file is no result file.
+    // Throws UserError, naming what is missing or of another shape, when the file is no result file.
     explicit ResultReader(const std::string &path);
 
     [[nodiscard]] const std::string &path() const { return file_.path(); }
@@ -57,6 +57,10 @@ public:
 
 private:
     [[nodiscard]] NcVariable required(const std::string &name) const;
+    // Throws UserError when the variable has other dimensions.
+    void requireShape(const NcVariable &variable, const std::vector<std::string> &dimensions) const;
+    // Frequencies or directions: one or more numbers.
+    [[nodiscard]] std::vector<double> axis(const std::string &name) const;
     [[nodiscard]] double scalar(const std::string &name) const;
     [[nodiscard]] std::string textOf(const std::string &name, std::size_t row) const;
 

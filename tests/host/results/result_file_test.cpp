@@ -1,12 +1,14 @@
 // Result files, and what is made of them, read back by programs that are not orvik.
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
+#include "host/burst/nc_sketch.hpp"
 #include "host/burst/scratch_directory.hpp"
 #include "host/commands/program.hpp"
 #include "host/results/sample_results.hpp"
@@ -136,6 +138,76 @@ TEST_F(Results, WhatIsReadIsNotOverwritten) {
     paths.csv = directory.file("w.csv");
     EXPECT_NO_THROW(::orvik::checkExportPaths(paths, directory.file("new.nc"), {waves, raw}));
     EXPECT_THROW(::orvik::checkExportPaths(paths, waves, {waves, raw}), ::orvik::UsageError);
+}
+
+// A run keeps its finished bursts beside its output, and would begin by emptying what it finds there.
+TEST_F(Results, WhatIsKeptForResumeTakesNoOthersPlace) {
+    const std::string output = directory.file("new.nc");
+    std::filesystem::create_symlink(output, directory.file("link.nc"));
+    for (const std::string &name : {output, directory.file("link.nc")}) {
+        EXPECT_THROW(::orvik::checkExportPaths({}, name, {waves, output + ".unfinished"}),
+                     ::orvik::UsageError);
+        ExportPaths exports;
+        exports.csv = output + ".unfinished";
+        EXPECT_THROW(::orvik::checkExportPaths(exports, name, {waves}), ::orvik::UsageError);
+    }
+}
+
+struct Shape {
+    std::string variable;
+    std::vector<std::string> dimensions;
+    nc_type type;
+    std::string message;
+    std::size_t directions = 4;
+};
+
+// The variables that every result file has, but for one that is shaped otherwise and never written.
+void writeShaped(const std::string &path, const Shape &shape) {
+    ::orvik::test::NcSketch file(path);
+    const std::map<std::string, std::size_t> lengths{
+        {"time", 1}, {"freq", 2}, {"dir", shape.directions}, {"more", 3}};
+    for (const auto &[name, length] : lengths) {
+        file.dimension(name, length);
+    }
+    const auto unitsOf = [](const std::string &name) {
+        return name == "time" ? "seconds since 1970-01-01" : "1";
+    };
+    file.variable(shape.variable, shape.dimensions, unitsOf(shape.variable), {}, shape.type);
+    for (const std::string name : {"time", "freq", "dir", "hm0", "burst", "quality_flag", "efth"}) {
+        const bool isAxis = lengths.count(name) > 0;
+        const std::vector<std::string> dimensions =
+            isAxis           ? std::vector<std::string>{name}
+            : name == "efth" ? std::vector<std::string>{"time", "freq", "dir"}
+                             : std::vector<std::string>{"time"};
+        if (name != shape.variable) {
+            const std::size_t size = isAxis ? lengths.at(name) : name == "efth" ? 0 : 1;
+            file.variable(name, dimensions, unitsOf(name), std::vector<double>(size, 1.0));
+        }
+    }
+}
+
+// As other programs leave result files that cut, merge or turn them.
+TEST_F(Results, FilesOfAnotherShapeAreNamed) {
+    const std::string path = directory.file("shaped.nc");
+    for (const Shape &shape : std::vector<Shape>{
+             {"efth",
+              {"time", "more", "freq", "dir"},
+              NC_FLOAT,
+              "has the dimensions (time, more, freq, dir) instead of (time, freq, dir)"},
+             {"efth", {"time", "dir", "freq"}, NC_FLOAT, "has the dimensions (time, dir, freq)"},
+             {"time", {}, NC_DOUBLE, "has the dimensions () instead of (time)"},
+             {"freq", {"more"}, NC_FLOAT, "has the dimensions (more) instead of (freq)"},
+             {"rejection_reason", {"time", "more"}, NC_STRING, "has the dimensions (time, more)"},
+             {"freq", {"freq"}, NC_FLOAT, "lacks values"},
+             {"dir", {"dir"}, NC_FLOAT, "is empty", 0}}) {
+        writeShaped(path, shape);
+        for (const char *option : {"--swan", "--ww3", "--json"}) {
+            const Outcome outcome = orvik({"convert", path, option, directory.file("out")});
+            EXPECT_EQ(outcome.exitCode, 1) << shape.message;
+            EXPECT_TRUE(holds(outcome.errors, shape.variable + " of " + path + " " + shape.message))
+                << outcome.errors;
+        }
+    }
 }
 
 TEST_F(Results, LinksToAFileAreThatFile) {
