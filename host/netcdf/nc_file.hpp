@@ -102,6 +102,7 @@ private:
     [[nodiscard]] std::vector<double> numbers(const NcVariable &variable,
                                               const std::string &attribute) const;
     [[nodiscard]] std::vector<double> markers(const NcVariable &variable) const;
+    [[nodiscard]] bool isUnsigned(const NcVariable &variable) const;
     [[nodiscard]] const NcPacking &packing(const NcVariable &variable) const;
     [[nodiscard]] std::vector<std::byte> readRaw(const NcVariable &variable,
                                                  const std::vector<std::size_t> &start,

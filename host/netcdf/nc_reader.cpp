@@ -1,6 +1,7 @@
 #include "netcdf/nc_file.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -24,6 +25,26 @@ nc_type unsignedType(nc_type type) {
         return NC_UINT64;
     default:
         return type;
+    }
+}
+
+// What cells that were never written hold where no _FillValue is told; bytes have none, all their values may be data.
+std::vector<double> fillOfUnwritten(nc_type type) {
+    switch (type) {
+    case NC_SHORT:
+        return {NC_FILL_SHORT};
+    case NC_USHORT:
+        return {NC_FILL_USHORT};
+    case NC_INT:
+        return {NC_FILL_INT};
+    case NC_UINT:
+        return {NC_FILL_UINT};
+    case NC_FLOAT:
+        return {static_cast<double>(NC_FILL_FLOAT)};
+    case NC_DOUBLE:
+        return {NC_FILL_DOUBLE};
+    default:
+        return {};
     }
 }
 
@@ -208,31 +229,29 @@ std::optional<double> NcReader::number(const NcVariable &variable,
 
 // The raw values that stand for "nothing here".
 std::vector<double> NcReader::markers(const NcVariable &variable) const {
-    std::vector<double> values;
-    for (const char *attribute : {"_FillValue", "missing_value"}) {
-        const std::vector<double> told = numbers(variable, attribute);
-        values.insert(values.end(), told.begin(), told.end());
+    std::vector<double> values = numbers(variable, "_FillValue");
+    if (values.empty()) {
+        values = fillOfUnwritten(variable.type);
     }
-    if (!values.empty()) {
-        return values;
+    const std::vector<double> told = numbers(variable, "missing_value");
+    values.insert(values.end(), told.begin(), told.end());
+    return values;
+}
+
+// Whether a signed type holds numbers without a sign. Conventions spell the word in small letters, programs do not.
+bool NcReader::isUnsigned(const NcVariable &variable) const {
+    int attribute = -1;
+    if (nc_inq_attid(id_, variable.id, "_Unsigned", &attribute) != NC_NOERR) {
+        return false;
     }
-    // Cells that were never written hold the type's own fill value; bytes have none, all their values may be data.
-    switch (variable.type) {
-    case NC_SHORT:
-        return {NC_FILL_SHORT};
-    case NC_USHORT:
-        return {NC_FILL_USHORT};
-    case NC_INT:
-        return {NC_FILL_INT};
-    case NC_UINT:
-        return {NC_FILL_UINT};
-    case NC_FLOAT:
-        return {static_cast<double>(NC_FILL_FLOAT)};
-    case NC_DOUBLE:
-        return {NC_FILL_DOUBLE};
-    default:
-        return {};
+    std::string word = text(&variable, "_Unsigned").value_or("");
+    std::transform(word.begin(), word.end(), word.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    if (word != "true" && word != "false") {
+        throw UserError("attribute _Unsigned of " + variable.name + " in " + path_ +
+                        " must be the text \"true\" or \"false\"");
     }
+    return word == "true";
 }
 
 const NcPacking &NcReader::packing(const NcVariable &variable) const {
@@ -244,8 +263,7 @@ const NcPacking &NcReader::packing(const NcVariable &variable) const {
     NcPacking found{isPackable(variable.type) ? variable.type : NC_DOUBLE, markers(variable),
                     number(variable, "scale_factor").value_or(1.0),
                     number(variable, "add_offset").value_or(0.0)};
-    const std::string isUnsigned = text(&variable, "_Unsigned").value_or("");
-    if (isUnsigned == "true" || isUnsigned == "True") {
+    if (isUnsigned(variable)) {
         found.type = unsignedType(found.type);
     }
     for (double &marker : found.missing) {

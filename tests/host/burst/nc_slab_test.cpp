@@ -95,6 +95,45 @@ TEST_F(NcSlabs, MarkersOfAnotherTypeAndSeveralOfThem) {
     expectSame(file.readAll(*file.find("packed")), std::vector<double>{kNaN, 1, 2, kNaN}, "packed");
 }
 
+// A marker of lost values does not say what cells hold that were never written.
+TEST_F(NcSlabs, CellsNeverWrittenBesideAMarkerOfLostValues) {
+    {
+        NcSketch file(path);
+        file.dimension("sample", 3);
+        file.variable("marked", {"sample"}, "1", {1, -999, NC_FILL_SHORT}, NC_SHORT,
+                      {{"missing_value", -999}});
+        file.variable("filled", {"sample"}, "1", {1, -999, NC_FILL_SHORT}, NC_SHORT,
+                      {{"_FillValue", -999}});
+    }
+    const NcReader file(path);
+    expectSame(file.readAll(*file.find("marked")), std::vector<double>{1, kNaN, kNaN}, "marked");
+    expectSame(file.readAll(*file.find("filled")), std::vector<double>{1, kNaN, NC_FILL_SHORT},
+               "filled");
+}
+
+TEST_F(NcSlabs, UnsignedIsSaidByOneOfTwoWords) {
+    {
+        NcSketch file(path);
+        file.dimension("sample", 2);
+        for (const char *name : {"upper", "lower", "number", "yes"}) {
+            file.variable(name, {"sample"}, "1", {1, -2}, NC_BYTE);
+        }
+        file.textOf("upper", "_Unsigned", "TRUE").textOf("lower", "_Unsigned", "False");
+        file.numbersOf("number", "_Unsigned", {1.0}).textOf("yes", "_Unsigned", "yes");
+    }
+    const NcReader file(path);
+    expectSame(file.readAll(*file.find("upper")), std::vector<double>{1, 254}, "upper");
+    expectSame(file.readAll(*file.find("lower")), std::vector<double>{1, -2}, "lower");
+    for (const std::string name : {"number", "yes"}) {
+        try {
+            ADD_FAILURE() << name << file.readAll(*file.find(name)).size();
+        } catch (const ::orvik::UserError &error) {
+            EXPECT_EQ(std::string(error.what()), "attribute _Unsigned of " + name + " in " + path +
+                                                     " must be the text \"true\" or \"false\"");
+        }
+    }
+}
+
 TEST_F(NcSlabs, SignedTypesThatHoldUnsignedNumbers) {
     {
         NcSketch file(path);
