@@ -121,7 +121,27 @@ std::vector<double> endsOfTime(const NcReader &file) {
     return {};
 }
 
-void printHead(const NcReader &file, const std::string &kind, const std::vector<double> &times) {
+// Times that cannot be told, as by a calendar that is not this one, hide nothing else.
+std::string periodText(const NcReader &file) {
+    try {
+        const std::vector<double> ends = endsOfTime(file);
+        return ends.empty() ? ""
+                            : fmt::format("from {} to {} UTC", timeText(ends.front()),
+                                          timeText(ends.back()));
+    } catch (const UserError &error) {
+        return fmt::format("no times: {}", error.what());
+    }
+}
+
+std::vector<double> timesOrUnknown(const NcReader &file, const NcVariable &time) {
+    try {
+        return timesOf(file, time);
+    } catch (const UserError &) {
+        return std::vector<double>(time.size(), kUnknown);
+    }
+}
+
+void printHead(const NcReader &file, const std::string &kind) {
     fmt::print("{}: {}\n", file.path(), kind);
     for (const char *attribute :
          {"title", "instrument", "source", "processing_method", "processing_parameters"}) {
@@ -134,8 +154,8 @@ void printHead(const NcReader &file, const std::string &kind, const std::vector<
             fmt::print("  {}: {}\n", dimension, *length);
         }
     }
-    if (!times.empty()) {
-        fmt::print("  from {} to {} UTC\n", timeText(times.front()), timeText(times.back()));
+    if (const std::string period = periodText(file); !period.empty()) {
+        fmt::print("  {}\n", period);
     }
 }
 
@@ -152,7 +172,7 @@ int wholeOr0(double value) { return std::isfinite(value) ? static_cast<int>(valu
 
 void printResults(const NcReader &file) {
     const auto time = file.find("time");
-    const std::vector<double> times = time ? timesOf(file, *time) : std::vector<double>();
+    const std::vector<double> times = time ? timesOrUnknown(file, *time) : std::vector<double>();
     const std::size_t bursts = times.size();
     const auto number = column(file, "burst", bursts);
     const auto height = column(file, "hm0", bursts);
@@ -197,11 +217,7 @@ void runShow(const std::string &path) {
     const std::vector<NcVariable> variables = file.variables();
     const bool isResult = file.find("hm0") && file.find("quality_flag");
     const bool isBurst = file.dimensionLength("sample").has_value();
-    printHead(file,
-              isResult  ? "result file"
-              : isBurst ? "burst file"
-                        : "netCDF file",
-              endsOfTime(file));
+    printHead(file, isResult ? "result file" : isBurst ? "burst file" : "netCDF file");
     printScalars(file, variables);
     if (isResult) {
         printResults(file);

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <string>
 
+#include <fmt/format.h>
+
 #include "user_error.hpp"
 
 namespace orvik {
@@ -38,9 +40,9 @@ std::int32_t rateCode(const Instrument &instrument) {
         return 0;
     }
     if (!(rate >= 1.0) || rate != std::floor(rate) || rate > 1000.0) {
-        throw UserError(
-            "sampling_rate " + std::to_string(rate) +
-            " Hz cannot be processed: it must be a whole number of Hz, or 0.75 Hz at 400 kHz");
+        throw UserError(fmt::format("sampling_rate {:g} Hz cannot be processed: it must be a whole "
+                                    "number of Hz up to 1000, or 0.75 Hz at 400 kHz",
+                                    rate));
     }
     return static_cast<std::int32_t>(rate);
 }

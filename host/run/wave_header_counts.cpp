@@ -5,6 +5,8 @@
 #include <limits>
 #include <string>
 
+#include <fmt/format.h>
+
 #include "user_error.hpp"
 
 namespace orvik {
@@ -77,8 +79,8 @@ HeaderCounts countsOfCellRange(const OVInstrumentConfig &config, double cellRang
         }
     }
     if (bestError > kTolerance) {
-        throw UserError("cell_range " + std::to_string(cellRange) +
-                        " m is out of an instrument's reach");
+        throw UserError(
+            fmt::format("cell_range {:g} m is out of an instrument's reach", cellRange));
     }
     return best;
 }

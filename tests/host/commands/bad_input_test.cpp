@@ -125,7 +125,9 @@ TEST_F(BadInput, MissingFactsNameFileAndOption) {
 TEST_F(BadInput, RatesThatCannotBeProcessed) {
     expectFailure(orvik({"process", sea, "-o", result, "--set", "sampling_rate=1.5", "--set",
                          "surface_track_sampling_rate=3"}),
-                  1, {"sampling_rate", "whole number"});
+                  1, {sea + ": sampling_rate 1.5 Hz cannot be processed", "whole number"});
+    expectFailure(orvik({"process", sea, "-o", result, "--set", "cell_range=5000"}), 1,
+                  {sea + ": cell_range 5000 m is out of an instrument's reach"});
 }
 
 // Every size at which a write may fail: header, data, and the last flush when the file is closed.

@@ -48,6 +48,25 @@ TEST(Show, ResultFileIsTheTableOfItsProcessing) {
     EXPECT_TRUE(holds(outcome.output, "track"));
 }
 
+TEST(Show, TimesOfAnotherCalendarHideNothingElse) {
+    const ::orvik::test::ScratchDirectory directory;
+    const std::string path = directory.file("a.nc");
+    {
+        NcSketch file(path);
+        file.dimension("time", 2).dimension("sample", 2);
+        file.variable("time", {"time"}, "days since 1970-01-01", {0.0, 1.0});
+        file.textOf("time", "calendar", "noleap");
+        file.variable("pressure", {"time", "sample"}, "dbar", {10.0, 12.0, 14.0, 16.0});
+        file.variable("hm0", {"time"}, "m", {1.0, 2.0});
+        file.variable("quality_flag", {"time"}, "1", {0.0, 0.0});
+    }
+    const Outcome outcome = orvik({"show", path});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_TRUE(holds(outcome.output, "no times: ") && holds(outcome.output, "noleap"))
+        << outcome.output;
+    EXPECT_TRUE(holds(outcome.output, "pressure  ")) << outcome.output;
+}
+
 TEST(Show, ScalarsHaveAllTheirDigits) {
     const ::orvik::test::ScratchDirectory directory;
     const std::string path = directory.file("a.nc");
