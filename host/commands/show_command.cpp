@@ -18,6 +18,7 @@
 #include "results/burst_table.hpp"
 #include "results/result_reader.hpp"
 #include "user_error.hpp"
+#include "whole_number.hpp"
 
 namespace orvik {
 
@@ -168,8 +169,6 @@ std::vector<double> column(const NcReader &file, const std::string &name, std::s
     return file.readAll(*variable);
 }
 
-int wholeOr0(double value) { return std::isfinite(value) ? static_cast<int>(value) : 0; }
-
 void printResults(const NcReader &file) {
     const auto time = file.find("time");
     const std::vector<double> times = time ? timesOrUnknown(file, *time) : std::vector<double>();
@@ -192,8 +191,8 @@ void printResults(const NcReader &file) {
         row.peakDirection = peakDirection[i];
         row.meanDirection = meanDirection[i];
         row.peakSpread = spread[i];
-        row.spectrumSource = wholeOr0(source[i]);
-        row.qualityFlags = wholeOr0(flags[i]);
+        row.spectrumSource = wholeOr(source[i], 0);
+        row.qualityFlags = wholeOr(flags[i], 0);
         fmt::print("{}", tableLine(row));
     }
 }

@@ -15,6 +15,7 @@
 #include "results/quality_words.hpp"
 #include "results/result_reader.hpp"
 #include "user_error.hpp"
+#include "whole_number.hpp"
 
 namespace orvik {
 
@@ -97,7 +98,7 @@ std::vector<double> times(const NcReader &file) {
 std::vector<std::int64_t> wholeNumbers(const NcReader &file, const NcVariable &variable) {
     std::vector<std::int64_t> whole;
     for (const double value : file.readAll(variable)) {
-        whole.push_back(std::isfinite(value) ? static_cast<std::int64_t>(value) : 0);
+        whole.push_back(wholeOr<std::int64_t>(value, 0));
     }
     return whole;
 }

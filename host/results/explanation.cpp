@@ -12,6 +12,7 @@
 #include "results/confidence.hpp"
 #include "results/quality_words.hpp"
 #include "run/spectrum_tail.hpp"
+#include "whole_number.hpp"
 
 namespace orvik {
 
@@ -75,7 +76,7 @@ std::string wavesText(const ResultReader &results, const StoredBurst &burst) {
 
 int sourceOf(const StoredBurst &burst) {
     const double source = burst.value("spectrum_source");
-    return known(source) ? static_cast<int>(source) : OV_SOURCE_PRESSURE;
+    return wholeOr<int>(source, OV_SOURCE_PRESSURE);
 }
 
 std::optional<UnmeasuredHeight> unmeasuredHeightOf(const ResultReader &results,
@@ -151,10 +152,10 @@ bool velocityTellsNoHeights(const StoredBurst &burst) {
 }
 
 std::string methodText(const ResultReader &results, const StoredBurst &burst) {
-    if (!known(burst.value("method_used"))) {
+    const int asked = wholeOr(burst.value("method_used"), 0);
+    if (asked < 1) {
         return "";
     }
-    const auto asked = static_cast<int>(burst.value("method_used"));
     // Methods 2 and 4 without their surface track are methods 1 and 3.
     const bool without = asked % 2 == 0 && sourceOf(burst) != OV_SOURCE_SURFACE_TRACK;
     const int used = without ? asked - 1 : asked;

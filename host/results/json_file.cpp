@@ -8,6 +8,7 @@
 
 #include "results/burst_table.hpp"
 #include "results/quality_words.hpp"
+#include "whole_number.hpp"
 
 namespace orvik {
 
@@ -80,8 +81,7 @@ void JsonFile::append(const StoredBurst &burst) {
     for (const ResultReader::Column &column : results_.columns()) {
         const double value = burst.value(column.variable.name);
         const bool whole = column.variable.type == NC_INT && std::isfinite(value);
-        entry[column.variable.name] =
-            whole ? Json(static_cast<std::int64_t>(value)) : number(value);
+        entry[column.variable.name] = whole ? Json(wholeOr<std::int64_t>(value, 0)) : number(value);
     }
     entry["quality"] = wordsOf(burst.qualityFlags);
     entry["rejection_reason"] = burst.rejectionReason;

@@ -7,6 +7,7 @@
 #include "orvikbase/orvikbase.h"
 #include "results/result_variables.hpp"
 #include "user_error.hpp"
+#include "whole_number.hpp"
 
 namespace orvik {
 
@@ -134,7 +135,7 @@ StoredBurst ResultReader::read(std::size_t row) const {
     const double place = burst.value("burst");
     burst.burst = std::isfinite(place) && place >= 0.0 ? static_cast<std::size_t>(place) : row;
     const double flags = burst.value("quality_flag");
-    burst.qualityFlags = std::isfinite(flags) ? static_cast<int>(flags) : OV_FLAG_NO_RESULT;
+    burst.qualityFlags = wholeOr<int>(flags, OV_FLAG_NO_RESULT);
     burst.rejectionReason = textOf("rejection_reason", row);
     burst.processingNotes = textOf("processing_notes", row);
     return burst;

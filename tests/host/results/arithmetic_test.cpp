@@ -1,7 +1,10 @@
 // Confidence limits, the tail of a spectrum and checksums, against values known from elsewhere.
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <fstream>
+#include <limits>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -13,8 +16,24 @@
 #include "results/confidence.hpp"
 #include "run/spectrum_tail.hpp"
 #include "user_error.hpp"
+#include "whole_number.hpp"
 
 namespace {
+
+TEST(WholeOr, KeepsWhatTheTypeHolds) {
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    const std::vector<std::pair<double, int>> ints{
+        {0.0, 0},         {-1.9, -1},         {2147483647.5, 2147483647},
+        {-7.0, -7},       {2147483648.0, 5},  {-2147483648.5, -2147483647 - 1},
+        {1e300, 5},       {-2147483649.0, 5}, {-kInf, 5},
+        {std::nan(""), 5}};
+    for (const auto &[value, whole] : ints) {
+        EXPECT_EQ(orvik::wholeOr(value, 5), whole) << value;
+    }
+    EXPECT_EQ(orvik::wholeOr<std::int64_t>(9.0e18, 5), 9000000000000000000);
+    EXPECT_EQ(orvik::wholeOr<std::int64_t>(9223372036854775808.0, 5), 5);
+    EXPECT_EQ(orvik::wholeOr<std::int64_t>(-9.3e18, 5), 5);
+}
 
 TEST(Confidence, TwoDegreesOfFreedomForEachTransformBin) {
     EXPECT_EQ(orvik::degreesOfFreedom(1), 2.0); // at least one bin is averaged
