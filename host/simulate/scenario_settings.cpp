@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <string_view>
 
 #include <fmt/format.h>
 
+#include "burst/date_text.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -163,33 +162,12 @@ void checkNumber(const std::string &name, double value, double lowest, double hi
 }
 
 void storeStart(const std::string &name, const std::string &text, Scenario &scenario) {
-    int year = 0;
-    unsigned month = 0;
-    unsigned day = 0;
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
-    char separator = 'T';
-    int dateEnd = 0;
-    int end = 0;
-    const int read = std::sscanf(text.c_str(), "%4d-%2u-%2u%n%c%2d:%2d%n:%2d%n", &year, &month,
-                                 &day, &dateEnd, &separator, &hour, &minute, &end, &second, &end);
-    const std::string_view rest =
-        std::string_view(text).substr(static_cast<std::size_t>(read == 3 ? dateEnd : end));
-    const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month{month},
-                                           std::chrono::day{day}};
-    const bool timeGiven = read >= 6 && (separator == 'T' || separator == ' ');
-    if (!(read == 3 || timeGiven) || !(rest.empty() || rest == "Z" || rest == "+00:00") ||
-        !date.ok() || hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 ||
-        second > 59) {
+    const auto start = parsedDate(text);
+    if (!start) {
         throw UserError(fmt::format(
             "{}: '{}' is not a time in UTC; write it as 2024-11-05T06:00:00Z", name, text));
     }
-    const auto midnight = std::chrono::sys_days(date).time_since_epoch();
-    const auto instant = midnight + std::chrono::hours(hour) + std::chrono::minutes(minute) +
-                         std::chrono::seconds(second);
-    scenario.startTime =
-        static_cast<double>(std::chrono::duration_cast<std::chrono::seconds>(instant).count());
+    scenario.startTime = *start;
 }
 
 void storeVelocitySystem(const std::string &name, const std::string &text, Scenario &scenario) {
