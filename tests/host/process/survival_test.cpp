@@ -53,6 +53,13 @@ protected:
     [[nodiscard]] std::size_t journalSize() const {
         return fs::exists(journal) ? fs::file_size(journal) : 0;
     }
+    // A run that is killed as soon as so much is in its journal [bytes].
+    void killOnce(std::size_t written) const {
+        RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
+        ASSERT_TRUE(RunningProgram::until([&] { return journalSize() > written; }));
+        program.signal(SIGKILL);
+        program.wait();
+    }
     [[nodiscard]] std::size_t leftovers() const {
         std::size_t count = 0;
         for (const auto &entry : fs::directory_iterator(fs::path(result).parent_path())) {
@@ -94,10 +101,7 @@ TEST_F(Survival, KilledAtAnyInstantItGoesOnToTheSameBytes) {
 TEST_F(Survival, ATornRecordIsDoneAgain) {
     simulate(sea, "12");
     const std::string expected = undisturbed({sea});
-    RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
-    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 100000; }));
-    program.signal(SIGKILL);
-    program.wait();
+    killOnce(100000);
     ASSERT_TRUE(fs::exists(journal));
     fs::resize_file(journal, journalSize() - 1000);
     {
@@ -113,10 +117,7 @@ TEST_F(Survival, ATornRecordIsDoneAgain) {
 TEST_F(Survival, ADamagedRecordAndAllAfterItAreDoneAgain) {
     simulate(sea, "12");
     const std::string expected = undisturbed({sea});
-    RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
-    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 200000; }));
-    program.signal(SIGKILL);
-    program.wait();
+    killOnce(200000);
     ASSERT_TRUE(fs::exists(journal));
     {
         std::fstream file(journal, std::ios::in | std::ios::out | std::ios::binary);
@@ -130,10 +131,7 @@ TEST_F(Survival, ADamagedRecordAndAllAfterItAreDoneAgain) {
 TEST_F(Survival, ZerosBehindTheLastRecordAreNone) {
     simulate(sea, "12");
     const std::string expected = undisturbed({sea});
-    RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
-    ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 200000; }));
-    program.signal(SIGKILL);
-    program.wait();
+    killOnce(200000);
     ASSERT_TRUE(fs::exists(journal));
     fs::resize_file(journal, fs::file_size(journal) + 4096);
     ASSERT_EQ(orvik(arguments({"--resume", "--quiet"})).exitCode, 0);
