@@ -171,6 +171,9 @@ void runProcess(const ProcessOptions &options) {
     run.onRow = [&reporter](const ResultRow &row) { reporter.show(row); };
     const RunOutcome outcome = runDeployment(*source, plan, run);
     reporter.finish(outcome.bad, bursts, options.quiet);
+    for (const std::string &file : inputs.longer()) {
+        say("note", file + " has grown since it was opened: results are of what was in it then");
+    }
     writeExports(options);
     if (options.timing) {
         sayTiming(outcome.times);

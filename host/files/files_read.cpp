@@ -34,15 +34,28 @@ void FilesRead::requireUntouched() const {
     }
 }
 
-void FilesRead::requireSameSizes() const {
+void FilesRead::requireNoneShorter() const {
     for (const State &state : states_) {
         std::error_code gone;
         const std::uintmax_t size = fs::file_size(state.path, gone);
-        if (!gone && size != state.size) {
-            throw UserError(state.path + " has changed while it was read: start anew when it is "
-                                         "complete");
+        if (!gone && size < state.size) {
+            throw UserError(state.path +
+                            " has become shorter while it was read: start anew when it "
+                            "is complete");
         }
     }
+}
+
+std::vector<std::string> FilesRead::longer() const {
+    std::vector<std::string> paths;
+    for (const State &state : states_) {
+        std::error_code gone;
+        const std::uintmax_t size = fs::file_size(state.path, gone);
+        if (!gone && size > state.size) {
+            paths.push_back(state.path);
+        }
+    }
+    return paths;
 }
 
 } // namespace orvik

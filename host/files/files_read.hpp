@@ -14,8 +14,10 @@ public:
 
     // Throws UserError, naming the first file that is gone, or of another size or time of its last change.
     void requireUntouched() const;
-    // Throws UserError, naming the first file of another size. One that is gone was open as long as it was needed.
-    void requireSameSizes() const;
+    // Throws UserError, naming the first file that lost its end. One that is gone was open as long as it was needed.
+    void requireNoneShorter() const;
+    // Files that something was added to.
+    [[nodiscard]] std::vector<std::string> longer() const;
 
 private:
     struct State {

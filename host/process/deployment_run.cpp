@@ -88,10 +88,10 @@ public:
         arena.execute([this, threads] { runThreads(threads); });
     }
 
-    // Not every reader notices that a file changed under it: what is done since cannot be told from what was before.
-    void requireSameInputs() {
+    // Not every reader notices that a file was cut under it: what was read since cannot be told from what was before.
+    void requireWholeInputs() {
         try {
-            run_.inputs.requireSameSizes();
+            run_.inputs.requireNoneShorter();
         } catch (const UserError &) {
             journal_.remove();
             throw;
@@ -221,7 +221,7 @@ RunOutcome runDeployment(const BurstSource &source, const Plan &plan, const Depl
         throw Stopped(fmt::format("stopped: {} of {} bursts are done and kept; go on with --resume",
                                   deployment.finished(), source.burstCount()));
     }
-    deployment.requireSameInputs();
+    deployment.requireWholeInputs();
     deployment.finish();
     return deployment.outcome();
 }

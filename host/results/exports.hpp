@@ -19,7 +19,8 @@ struct ExportPaths {
 };
 
 // Throws UsageError when two of the files, or one of them and `resultFile` or what is kept for a run that goes on with it,
-// are the same, or when one of all these is among `filesRead`, what the results are made from; UserError when a file has no folder to be written to.
+// are the same, or when one of all these is among `filesRead`, what the results are made from; UserError when a file has
+// no folder to be written to.
 void checkExportPaths(const ExportPaths &paths, const std::string &resultFile,
                       const std::vector<std::string> &filesRead = {});
 

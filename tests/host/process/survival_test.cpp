@@ -10,9 +10,11 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include "files/files_read.hpp"
 #include "host/burst/scratch_directory.hpp"
 #include "host/commands/program.hpp"
 #include "host/process/running_program.hpp"
+#include "user_error.hpp"
 
 namespace {
 
@@ -345,16 +347,32 @@ TEST_F(Survival, AnInputThatLosesItsEndCanComeBack) {
     EXPECT_TRUE(contentOf(result) == expected);
 }
 
-// Every burst could be read, but perhaps of two different files.
-TEST_F(Survival, AnInputThatGrowsIsDoneAnew) {
+// By an instrument or a logger that still writes to it.
+TEST_F(Survival, AnInputThatGrowsIsTold) {
     simulate(sea, "100");
+    const std::string expected = undisturbed({sea});
     const std::string whole = contentOf(sea);
     RunningProgram program(arguments({"--quiet", "--threads", "1"}), log);
     ASSERT_TRUE(RunningProgram::until([this] { return journalSize() > 50000; }));
     fs::resize_file(sea, whole.size() + 1);
-    EXPECT_EQ(program.wait(), 1);
-    EXPECT_TRUE(holds(contentOf(log), sea + " has changed while it was read")) << contentOf(log);
-    EXPECT_FALSE(fs::exists(result) || fs::exists(journal));
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_TRUE(holds(contentOf(log), sea + " has grown since it was opened")) << contentOf(log);
+    EXPECT_TRUE(contentOf(result) == expected);
+}
+
+TEST(FilesRead, OnlyWhatLostItsEndIsRefused) {
+    const ::orvik::test::ScratchDirectory directory;
+    const std::string path = directory.file("a.csv");
+    std::ofstream(path) << "twelve bytes";
+    const ::orvik::FilesRead files({path, directory.file("none")});
+    fs::resize_file(path, 13);
+    EXPECT_NO_THROW(files.requireNoneShorter());
+    EXPECT_EQ(files.longer(), std::vector<std::string>{path});
+    fs::resize_file(path, 11);
+    EXPECT_THROW(files.requireNoneShorter(), ::orvik::UserError);
+    EXPECT_TRUE(files.longer().empty());
+    fs::remove(path);
+    EXPECT_NO_THROW(files.requireNoneShorter());
 }
 
 TEST_F(Survival, TruncatedAndCorruptInputs) {
