@@ -85,6 +85,20 @@ TEST(TrackRate, SeriesAreLowPassed) {
     }
 }
 
+// At 4 Hz the library takes pressure for 0.1875 s late, at 2 Hz for 0.17 s.
+TEST(TrackRate, PressureComesToItsInstantAtTheNewRate) {
+    Burst burst;
+    for (int i = 0; i < 400; ++i) {
+        burst.pressure.push_back(static_cast<float>(i)); // [quarters of a second]
+    }
+    burst.surfaceTrack.assign(800, 20.0F);
+    const Burst slower = atTrackRate(bedInstrument(4.0), burst, std::vector<std::uint8_t>(400, 1));
+    for (std::size_t m = 20; m < 180; ++m) {
+        EXPECT_NEAR(static_cast<double>(slower.pressure[m]),
+                    2.0 * static_cast<double>(m) + 4.0 * (0.1875 - 0.17), 1e-3);
+    }
+}
+
 // A spike is not spread over its neighbours, where it could no longer be told from waves.
 TEST(TrackRate, MissesAndSpikesOfTheTrackRemain) {
     Burst burst;
