@@ -1,24 +1,18 @@
 #include "burst/csv_table.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <limits>
 
 #include <csv.h>
 #include <fmt/format.h>
 
+#include "lower_case.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
 
 namespace {
-
-std::string lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return text;
-}
 
 std::string trimmed(const std::string &text) {
     const auto first = text.find_first_not_of(" \t\r");
@@ -84,7 +78,7 @@ CsvColumn columnOf(const std::string &title) {
             column.unit = trimmed(title.substr(open + 1, close - open - 1));
         }
     }
-    column.name = lower(trimmed(name));
+    column.name = lowerCase(trimmed(name));
     std::replace(column.name.begin(), column.name.end(), ' ', '_');
     return column;
 }
@@ -155,7 +149,7 @@ void CsvTable::forRows(const Place &place, const std::function<bool(const Row &)
 
 double CsvTable::number(const Row &row, std::size_t column) const {
     const std::string text = trimmed(row.fields.at(column));
-    const std::string word = lower(text);
+    const std::string word = lowerCase(text);
     if (word.empty() || word == "nan" || word == "na" || word == "null" || word == "-") {
         return std::numeric_limits<double>::quiet_NaN();
     }

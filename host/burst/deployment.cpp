@@ -1,7 +1,6 @@
 #include "burst/deployment.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 #include "burst/continuous_layout.hpp"
@@ -10,6 +9,7 @@
 #include "burst/fields_layout.hpp"
 #include "burst/joined_source.hpp"
 #include "burst/layout_source.hpp"
+#include "lower_case.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -115,10 +115,7 @@ std::vector<std::string> layoutNames() {
 }
 
 std::string endingOf(const std::filesystem::path &path) {
-    std::string ending = path.extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return ending;
+    return lowerCase(path.extension().string());
 }
 
 bool isBurstFileName(const std::filesystem::path &path) {

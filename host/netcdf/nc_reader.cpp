@@ -1,11 +1,11 @@
 #include "netcdf/nc_file.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <limits>
 #include <memory>
 
+#include "lower_case.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -244,9 +244,7 @@ bool NcReader::isUnsigned(const NcVariable &variable) const {
     if (nc_inq_attid(id_, variable.id, "_Unsigned", &attribute) != NC_NOERR) {
         return false;
     }
-    std::string word = text(&variable, "_Unsigned").value_or("");
-    std::transform(word.begin(), word.end(), word.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    const std::string word = lowerCase(text(&variable, "_Unsigned").value_or(""));
     if (word != "true" && word != "false") {
         throw UserError("attribute _Unsigned of " + variable.name + " in " + path_ +
                         " must be the text \"true\" or \"false\"");

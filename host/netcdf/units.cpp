@@ -10,6 +10,7 @@
 
 #include <udunits2.h>
 
+#include "lower_case.hpp"
 #include "user_error.hpp"
 
 namespace orvik {
@@ -45,14 +46,8 @@ std::string trimmed(const std::string &text) {
     return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-std::string lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return text;
-}
-
 std::string usualSpelling(const std::string &text) {
-    const std::string small = lower(text);
+    const std::string small = lowerCase(text);
     const auto *found = std::find_if(kSpellings.begin(), kSpellings.end(),
                                      [&](const auto &spelling) { return small == spelling.first; });
     return found == kSpellings.end() ? text : found->second;
@@ -199,7 +194,7 @@ TimeUnit timeUnit(const NcReader &file, const NcVariable &variable) {
                         "\", expected \"seconds since 1970-01-01 00:00:00\" or the like");
     }
     const std::string told = trimmed(file.text(&variable, "calendar").value_or("standard"));
-    const std::string calendar = lower(told);
+    const std::string calendar = lowerCase(told);
     const bool proleptic = calendar == "proleptic_gregorian";
     const auto shift = proleptic ? prolepticShift(text, *unit) : 0.0;
     if ((!proleptic && calendar != "standard" && calendar != "gregorian") || !shift) {

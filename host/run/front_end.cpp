@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 
 #include <fmt/format.h>
@@ -64,6 +65,13 @@ std::vector<std::uint8_t> presentSamples(const Burst &burst) {
         present[i] = complete ? 1 : 0;
     }
     return present;
+}
+
+std::vector<float> withGaps(std::vector<float> series, const std::vector<std::uint8_t> &present) {
+    for (std::size_t i = 0; i < series.size(); ++i) {
+        series[i] = present[i] == 0 ? std::numeric_limits<float>::quiet_NaN() : series[i];
+    }
+    return series;
 }
 
 std::uint16_t announcedSamples(const Burst &burst) {

@@ -39,6 +39,9 @@ std::vector<std::uint8_t> presentSamples(const Burst &burst);
 // Samples that the header announces; the library uses the power of two that is in them.
 std::uint16_t announcedSamples(const Burst &burst);
 
+// What is not present as NaN.
+std::vector<float> withGaps(std::vector<float> series, const std::vector<std::uint8_t> &present);
+
 inline float knownOr0(double angle) { return angle == angle ? static_cast<float>(angle) : 0.0F; }
 
 // A lost echo: the library takes 0 for a miss and repairs it.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "run/beam_timing.hpp"
 #include "run/burst_result.hpp"
@@ -52,16 +51,11 @@ OVInstrumentConfig packedConfig(const orvikbase::InstrumentConfig &config) {
     return packed;
 }
 
-Velocities withGaps(const Velocities &velocity, const std::vector<std::uint8_t> &present) {
-    Velocities marked = velocity;
-    for (std::vector<float> &series : marked) {
-        for (std::size_t i = 0; i < series.size(); ++i) {
-            if (present[i] == 0) {
-                series[i] = std::numeric_limits<float>::quiet_NaN();
-            }
-        }
+Velocities withGaps(Velocities velocity, const std::vector<std::uint8_t> &present) {
+    for (std::vector<float> &series : velocity) {
+        series = orvik::withGaps(series, present);
     }
-    return marked;
+    return velocity;
 }
 
 // Velocities of nothing but 0 have no direction, and for want of one the library takes away the mean period as well. The

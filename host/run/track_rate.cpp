@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "run/beam_timing.hpp"
 #include "run/burst_result.hpp"
@@ -13,14 +12,6 @@ namespace orvik {
 namespace {
 
 constexpr double kRate = 2.0; // [Hz]
-constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
-
-std::vector<float> withGaps(std::vector<float> series, const std::vector<std::uint8_t> &present) {
-    for (std::size_t i = 0; i < series.size(); ++i) {
-        series[i] = present[i] == 0 ? kMissing : series[i];
-    }
-    return series;
-}
 
 // Between two values on the straight line; on a value that alone.
 std::vector<float> trackOf(const std::vector<float> &track, double step, std::size_t count) {
