@@ -185,7 +185,7 @@ void printResults(const NcReader &file) {
     for (std::size_t i = 0; i < bursts; ++i) {
         TableRow row;
         row.startTime = times[i];
-        row.burst = std::isfinite(number[i]) ? static_cast<std::size_t>(number[i]) : i;
+        row.burst = wholeOr<std::size_t>(number[i], i);
         row.height = height[i];
         row.peakPeriod = period[i];
         row.peakDirection = peakDirection[i];

@@ -132,8 +132,7 @@ StoredBurst ResultReader::read(std::size_t row) const {
     }
     burst.efth =
         file_.read(required("efth"), {row, 0, 0}, {1, frequencies_.size(), directions_.size()});
-    const double place = burst.value("burst");
-    burst.burst = std::isfinite(place) && place >= 0.0 ? static_cast<std::size_t>(place) : row;
+    burst.burst = wholeOr<std::size_t>(burst.value("burst"), row);
     const double flags = burst.value("quality_flag");
     burst.qualityFlags = wholeOr<int>(flags, OV_FLAG_NO_RESULT);
     burst.rejectionReason = textOf("rejection_reason", row);

@@ -33,6 +33,9 @@ TEST(WholeOr, KeepsWhatTheTypeHolds) {
     EXPECT_EQ(orvik::wholeOr<std::int64_t>(9.0e18, 5), 9000000000000000000);
     EXPECT_EQ(orvik::wholeOr<std::int64_t>(9223372036854775808.0, 5), 5);
     EXPECT_EQ(orvik::wholeOr<std::int64_t>(-9.3e18, 5), 5);
+    EXPECT_EQ(orvik::wholeOr<std::size_t>(7.0, 5), 7U);
+    EXPECT_EQ(orvik::wholeOr<std::size_t>(-1.0, 5), 5U);
+    EXPECT_EQ(orvik::wholeOr<std::size_t>(18446744073709551616.0, 5), 5U);
 }
 
 TEST(Confidence, TwoDegreesOfFreedomForEachTransformBin) {
